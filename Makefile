@@ -1,0 +1,53 @@
+# Entry points. `make check` is what CI runs: the plain build and its tests, the tests again
+# under AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests under
+# ThreadSanitizer, and a short run of every fuzzer.
+JOBS      ?= $(shell nproc)
+FUZZ_SECS ?= 20
+
+CMAKE = cmake -G Ninja -Wno-dev
+CTEST = ctest --output-on-failure -j $(JOBS) --timeout 300
+
+.PHONY: all build test asan tsan fuzz check bench demo clean format
+
+all: build
+
+build:
+	$(CMAKE) -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	cmake --build build -j $(JOBS)
+
+test: build
+	cd build && $(CTEST)
+
+asan:
+	$(CMAKE) -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DAPPMGR_SANITIZE=address,undefined \
+	  -DAPPMGR_BUILD_BENCH=OFF >/dev/null
+	cmake --build build-asan -j $(JOBS)
+	cd build-asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 $(CTEST)
+
+# Only the tests labelled "concurrency" are built and run here.
+tsan:
+	$(CMAKE) -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DAPPMGR_SANITIZE=thread \
+	  -DAPPMGR_BUILD_BENCH=OFF -DAPPMGR_TSAN_ONLY=ON >/dev/null
+	cmake --build build-tsan -j $(JOBS)
+	cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 $(CTEST) -L concurrency
+
+fuzz:
+	CC=clang CXX=clang++ $(CMAKE) -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DAPPMGR_BUILD_FUZZ=ON -DAPPMGR_BUILD_BENCH=OFF -DAPPMGR_FUZZ_ONLY=ON >/dev/null
+	cmake --build build-fuzz -j $(JOBS)
+	FUZZ_SECS=$(FUZZ_SECS) scripts/run-fuzzers.sh build-fuzz
+
+check: test asan tsan fuzz
+
+bench: build
+	scripts/run-benchmarks.sh build
+
+demo: build
+	scripts/demo.sh
+
+format:
+	git ls-files '*.h' '*.cc' | xargs clang-format -i
+
+clean:
+	rm -rf build build-asan build-tsan build-fuzz

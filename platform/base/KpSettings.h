@@ -1,0 +1,74 @@
+// KpSettings: the platform settings store, one INI file per installation.
+//
+// The file's path comes from the environment variable APPMGR_SETTINGS, or
+// /etc/appmgrnet/appmgrnet.ini when it is unset. It is read on first use; Load() points the
+// process at another file and Reload() reads the current one again (tests, and servers on
+// SIGHUP). A missing or unreadable file is an empty store: every key is absent.
+//
+// Format: "[Section]" lines open a section; "key = value" lines set a key in it; lines whose
+// first non-blank character is ';' or '#' are comments; blank lines are ignored. Section and key
+// names match without regard to case. Values are trimmed, and one pair of surrounding double
+// quotes is removed. A key set twice in one section keeps its last value. Lines that are
+// none of these are ignored and reported by Warnings().
+//
+// Numbers are decimal, or hexadecimal with a 0x prefix, and must fit in an unsigned long; a
+// value that is not such a number is treated as absent (and reported by Warnings()).
+//
+// Thread-safety: every method may be called from any thread.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+class KpSettings {
+ public:
+  static constexpr const char* kPathVariable = "APPMGR_SETTINGS";
+  static constexpr const char* kDefaultPath = "/etc/appmgrnet/appmgrnet.ini";
+
+  // The process-wide store; never destroyed.
+  static KpSettings& Instance();
+
+  // Absent keys leave *out untouched and answer false.
+  bool GetString(const std::string& section, const std::string& key, std::string* out) const;
+  bool GetNumber(const std::string& section, const std::string& key, unsigned long* out) const;
+
+  // Reads `path` and makes it the current file.
+  void Load(const std::string& path);
+  // Reads the current file again (the environment variable is consulted again as well when no
+  // explicit Load() was made).
+  void Reload();
+  // Forgets an explicit Load() and reads the file the environment names.
+  void ResetToEnvironment();
+
+  std::string Path() const;
+  // True when the current file existed and was read.
+  bool FileRead() const;
+  // Lines of the current file that were ignored, as "path:line: reason".
+  std::vector<std::string> Warnings() const;
+  // Increments on every Load()/Reload(); readers that cache derived values compare it.
+  uint64_t Generation() const;
+
+  // Parses INI text; exposed for tests. Keys are stored as "section\nkey", lower-cased.
+  struct Parsed {
+    std::map<std::string, std::string> values;
+    std::vector<std::string> warnings;
+  };
+  static Parsed Parse(const std::string& text, const std::string& origin);
+  // Parses a settings number; false for anything that is not a whole unsigned long.
+  static bool ParseNumber(const std::string& text, unsigned long* out);
+
+ private:
+  KpSettings();
+  void LoadLocked(const std::string& path);
+
+  mutable std::shared_mutex mutex_;
+  std::string path_;
+  bool explicit_path_ = false;
+  bool file_read_ = false;
+  Parsed parsed_;
+  uint64_t generation_ = 0;
+};
