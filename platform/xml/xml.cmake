@@ -1,0 +1,2 @@
+# Sources of the XML message library, relative to platform/.
+set(KP_XML_SOURCES)

@@ -1,0 +1,1 @@
+# Test programs of platform/xml (included from tests/CMakeLists.txt).
