@@ -1,0 +1,5 @@
+// Every field list of every record.
+#pragma once
+
+#include "protocol/schemas/BSSchemas.h"
+#include "protocol/schemas/GenericSchemas.h"
