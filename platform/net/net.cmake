@@ -5,3 +5,9 @@ set(KP_NET_SOURCES
   net/MangleHostName.cc
   net/XdrCodec.cc
 )
+list(APPEND KP_NET_SOURCES
+  net/CKpNetwork.cc
+  net/Frame.cc
+  net/KpNetworkPool.cc
+  net/Socket.cc
+)

@@ -1,0 +1,165 @@
+#include "platform/net/Frame.h"
+
+#include <atomic>
+#include <cstring>
+
+#include "platform/base/KpSettings.h"
+
+namespace appmgr::net {
+namespace {
+
+constexpr size_t kDefaultMaxFrame = 16u << 20;
+constexpr size_t kMinMaxFrame = 4096;
+std::atomic<size_t> g_maxFrame{0};
+
+inline void Put64(uint8_t* p, uint64_t v) {
+  v = __builtin_bswap64(v);
+  std::memcpy(p, &v, 8);
+}
+inline uint64_t Get64(const uint8_t* p) {
+  uint64_t v;
+  std::memcpy(&v, p, 8);
+  return __builtin_bswap64(v);
+}
+
+}  // namespace
+
+const char* FrameKindName(FrameKind kind) {
+  switch (kind) {
+    case FrameKind::kHello: return "hello";
+    case FrameKind::kHelloAccept: return "hello-accept";
+    case FrameKind::kHelloRefuse: return "hello-refuse";
+    case FrameKind::kBinary: return "binary";
+    case FrameKind::kXml: return "xml";
+    case FrameKind::kError: return "error";
+    case FrameKind::kFileBegin: return "file-begin";
+    case FrameKind::kFileData: return "file-data";
+    case FrameKind::kFileEnd: return "file-end";
+    case FrameKind::kFileResult: return "file-result";
+    case FrameKind::kGoodbye: return "goodbye";
+  }
+  return "unknown";
+}
+
+void ReloadFrameLimit() {
+  unsigned long v = kDefaultMaxFrame;
+  KpSettings::Instance().GetNumber("Network", "nMaxFrameBytes", &v);
+  g_maxFrame.store(v < kMinMaxFrame ? kMinMaxFrame : v, std::memory_order_relaxed);
+}
+
+size_t MaxFramePayload() {
+  size_t v = g_maxFrame.load(std::memory_order_relaxed);
+  if (v == 0) {
+    ReloadFrameLimit();
+    v = g_maxFrame.load(std::memory_order_relaxed);
+  }
+  return v;
+}
+
+void EncodeFrameHeader(const kpsHostProtocolHeader& h, uint8_t out[kFrameHeaderBytes]) {
+  Put64(out, h.msgId);
+  Put64(out + 8, h.control);
+  Put64(out + 16, h.jobId);
+  Put64(out + 24, h.payloadLength);
+  Put64(out + 32, h.recordLength);
+  Put64(out + 40, h.status);
+}
+
+CLmError DecodeFrameHeader(const uint8_t in[kFrameHeaderBytes], size_t maxPayload,
+                           kpsHostProtocolHeader* out) {
+  kpsHostProtocolHeader h;
+  h.msgId = Get64(in);
+  h.control = Get64(in + 8);
+  h.jobId = Get64(in + 16);
+  h.payloadLength = Get64(in + 24);
+  h.recordLength = Get64(in + 32);
+  h.status = Get64(in + 40);
+  if (uint32_t(h.control >> 32) != kFrameMagic) {
+    return CLmError::Format(kKpErrProtocol, "frame does not start with the session magic (got 0x%016llx)",
+                            static_cast<unsigned long long>(h.control));
+  }
+  uint32_t version = uint32_t(h.control >> 24) & 0xff;
+  if (version != kFrameVersion) {
+    return CLmError::Format(kKpErrProtocol, "frame version %u is not %u", version, kFrameVersion);
+  }
+  uint32_t kind = uint32_t(h.control & 0xff);
+  if (kind < uint32_t(FrameKind::kHello) || kind > uint32_t(FrameKind::kGoodbye)) {
+    return CLmError::Format(kKpErrProtocol, "unknown frame kind %u", kind);
+  }
+  if (h.payloadLength > maxPayload) {
+    return CLmError::Format(kKpErrLimit, "frame of %llu bytes exceeds the limit of %zu bytes",
+                            static_cast<unsigned long long>(h.payloadLength), maxPayload);
+  }
+  *out = h;
+  return {};
+}
+
+CLmError FrameConn::Write(kpsHostProtocolHeader header, const void* payload, size_t length,
+                          Deadline deadline) {
+  uint8_t* room = PayloadRoom(length);
+  if (length) std::memcpy(room, payload, length);
+  return WriteBuffered(header, length, deadline);
+}
+
+uint8_t* FrameConn::PayloadRoom(size_t length) {
+  if (wbuf_.size() < kFrameHeaderBytes + length) wbuf_.resize(kFrameHeaderBytes + length);
+  return wbuf_.data() + kFrameHeaderBytes;
+}
+
+CLmError FrameConn::WriteBuffered(kpsHostProtocolHeader header, size_t length, Deadline deadline) {
+  if (!socket_.valid()) return CLmError(kKpErrDisconnected, "not connected");
+  if (wbuf_.size() < kFrameHeaderBytes + length) wbuf_.resize(kFrameHeaderBytes + length);
+  header.payloadLength = length;
+  EncodeFrameHeader(header, wbuf_.data());
+  return socket_.SendAll(wbuf_.data(), kFrameHeaderBytes + length, deadline,
+                         FrameKindName(KindOf(header)));
+}
+
+CLmError FrameConn::Fill(size_t need, Deadline deadline) {
+  if (rlen_ - rpos_ >= need) return {};
+  if (rpos_ == rlen_ && rbuf_.size() > (1u << 20)) {
+    rbuf_ = std::vector<uint8_t>();  // give back the memory of an unusually large frame
+    rpos_ = rlen_ = 0;
+  }
+  if (rpos_ > 0) {  // keep what is unread at the front
+    std::memmove(rbuf_.data(), rbuf_.data() + rpos_, rlen_ - rpos_);
+    rlen_ -= rpos_;
+    rpos_ = 0;
+  }
+  // Read ahead up to 64 KiB so a small frame arrives in one system call.
+  size_t want = std::max(need, size_t(65536));
+  if (rbuf_.size() < want) rbuf_.resize(want);
+  while (rlen_ < need) {
+    size_t got = 0;
+    if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, rbuf_.size() - rlen_, deadline, &got, "frame")) {
+      return e;
+    }
+    rlen_ += got;
+  }
+  return {};
+}
+
+CLmError FrameConn::Read(kpsHostProtocolHeader* header, const uint8_t** payload, size_t* length,
+                         Deadline deadline, size_t maxPayload) {
+  if (!socket_.valid()) return CLmError(kKpErrDisconnected, "not connected");
+  if (CLmError e = Fill(kFrameHeaderBytes, deadline)) return e;
+  kpsHostProtocolHeader h;
+  if (CLmError e = DecodeFrameHeader(rbuf_.data() + rpos_, maxPayload, &h)) return e;
+  rpos_ += kFrameHeaderBytes;
+  size_t n = static_cast<size_t>(h.payloadLength);
+  if (CLmError e = Fill(n, deadline)) {
+    if (e.GetErrorCode() == kKpErrDisconnected) {
+      return CLmError::Format(kKpErrDisconnected,
+                              "the peer closed the connection in the middle of a %zu-byte frame", n);
+    }
+    return e;
+  }
+  *header = h;
+  *payload = rbuf_.data() + rpos_;
+  *length = n;
+  rpos_ += n;
+  if (rpos_ == rlen_) rpos_ = rlen_ = 0;
+  return {};
+}
+
+}  // namespace appmgr::net
