@@ -1,0 +1,12 @@
+# Test programs of server/store (included from tests/CMakeLists.txt).
+appmgr_test(server_store_tests
+  SOURCES server/store_test.cc server/backup_set_store_test.cc server/property_store_test.cc
+          server/fixture_test.cc
+  LIBS appmgr_store)
+# The fixture test loads the shipped demo fixture from the source tree.
+if(TARGET server_store_tests)
+  target_compile_definitions(server_store_tests PRIVATE APPMGR_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+endif()
+appmgr_test(server_store_concurrency_tests CONCURRENCY
+  SOURCES server/store_concurrency_test.cc
+  LIBS appmgr_store)
