@@ -115,7 +115,7 @@ CLmError FrameConn::WriteBuffered(kpsHostProtocolHeader header, size_t length, D
                          FrameKindName(KindOf(header)));
 }
 
-CLmError FrameConn::Fill(size_t need, Deadline deadline) {
+CLmError FrameConn::Fill(size_t need, Deadline deadline, int64_t restMs) {
   if (rlen_ - rpos_ >= need) return {};
   if (rpos_ == rlen_ && rbuf_.size() > (1u << 20)) {
     rbuf_ = std::vector<uint8_t>();  // give back the memory of an unusually large frame
@@ -134,6 +134,7 @@ CLmError FrameConn::Fill(size_t need, Deadline deadline) {
     if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, rbuf_.size() - rlen_, deadline, &got, "frame")) {
       return e;
     }
+    if (rlen_ == 0 && restMs > 0) deadline = Deadline::After(restMs);  // the frame has begun
     rlen_ += got;
   }
   return {};
@@ -141,13 +142,21 @@ CLmError FrameConn::Fill(size_t need, Deadline deadline) {
 
 CLmError FrameConn::Read(kpsHostProtocolHeader* header, const uint8_t** payload, size_t* length,
                          Deadline deadline, size_t maxPayload) {
+  return ReadFrame(header, payload, length, deadline, 0, maxPayload);
+}
+
+CLmError FrameConn::ReadFrame(kpsHostProtocolHeader* header, const uint8_t** payload,
+                              size_t* length, Deadline firstByte, int64_t restMs,
+                              size_t maxPayload) {
   if (!socket_.valid()) return CLmError(kKpErrDisconnected, "not connected");
-  if (CLmError e = Fill(kFrameHeaderBytes, deadline)) return e;
+  if (rlen_ > rpos_) firstByte = restMs > 0 ? Deadline::After(restMs) : firstByte;
+  if (CLmError e = Fill(kFrameHeaderBytes, firstByte, restMs)) return e;
+  Deadline rest = restMs > 0 ? Deadline::After(restMs) : firstByte;
   kpsHostProtocolHeader h;
   if (CLmError e = DecodeFrameHeader(rbuf_.data() + rpos_, maxPayload, &h)) return e;
   rpos_ += kFrameHeaderBytes;
   size_t n = static_cast<size_t>(h.payloadLength);
-  if (CLmError e = Fill(n, deadline)) {
+  if (CLmError e = Fill(n, rest)) {
     if (e.GetErrorCode() == kKpErrDisconnected) {
       return CLmError::Format(kKpErrDisconnected,
                               "the peer closed the connection in the middle of a %zu-byte frame", n);
@@ -161,5 +170,4 @@ CLmError FrameConn::Read(kpsHostProtocolHeader* header, const uint8_t** payload,
   if (rpos_ == rlen_) rpos_ = rlen_ = 0;
   return {};
 }
-
 }  // namespace appmgr::net

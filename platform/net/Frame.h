@@ -100,6 +100,11 @@ class FrameConn {
   // Reads one whole frame. The payload stays valid until the next Read.
   CLmError Read(kpsHostProtocolHeader* header, const uint8_t** payload, size_t* length,
                 Deadline deadline, size_t maxPayload);
+  // As Read, but waits for the first byte only until `firstByte`; once a frame has begun, the
+  // rest of it must arrive within `restMs`. A time-out with nothing received leaves the
+  // connection as it was (HasBuffered() false), so a server can count idle time.
+  CLmError ReadFrame(kpsHostProtocolHeader* header, const uint8_t** payload, size_t* length,
+                     Deadline firstByte, int64_t restMs, size_t maxPayload);
 
   // True when bytes of a next frame are already buffered.
   bool HasBuffered() const { return rlen_ > rpos_; }
@@ -110,7 +115,7 @@ class FrameConn {
   void ShutdownAndClose() { socket_.ShutdownAndClose(); rpos_ = rlen_ = 0; }
 
  private:
-  CLmError Fill(size_t need, Deadline deadline);
+  CLmError Fill(size_t need, Deadline deadline, int64_t restMs = 0);
 
   Socket socket_;
   std::vector<uint8_t> wbuf_;

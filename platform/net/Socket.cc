@@ -9,7 +9,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <climits>
 #include <cstring>
 
@@ -215,8 +217,13 @@ CLmError Socket::Accept(Deadline deadline, Socket* out, std::string* peer) const
 
 CLmError Socket::SetTimeout(int option, int64_t ms, int* cached) {
   // 0 in SO_RCVTIMEO means "wait forever"; a bounded wait is at least 1 ms.
-  int want = ms >= INT_MAX ? 0 : static_cast<int>(ms);
-  if (want == *cached) return {};
+  int want = ms >= INT_MAX ? 0 : static_cast<int>(std::max<int64_t>(ms, 1));
+  // Calls with the same time-out see slightly different remaining times; re-arming the socket
+  // for each would cost a system call per send and receive. A wait may overrun its deadline by
+  // at most kTimeoutSlackMs.
+  if (*cached == want || (want > 0 && *cached > 0 && std::abs(*cached - want) <= kTimeoutSlackMs)) {
+    return {};
+  }
   timeval tv{want / 1000, (want % 1000) * 1000};
   if (::setsockopt(fd_, SOL_SOCKET, option, &tv, sizeof tv) != 0) {
     return CLmError::FromErrno(kKpErrIo, errno, "setsockopt timeout");

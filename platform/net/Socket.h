@@ -2,8 +2,9 @@
 // half-open peer can never hold a caller longer than the caller allowed.
 //
 // Connected sockets are blocking, with SO_RCVTIMEO/SO_SNDTIMEO carrying the remaining time of
-// each call (set only when it changes), so a request/response costs one send and one receive
-// system call, as on a plain socket. Writes use MSG_NOSIGNAL: a closed peer is an error, never a
+// each call (set only when it changes by more than kTimeoutSlackMs, so a wait may overrun its
+// deadline by at most that), so a request/response costs one send and one receive system call,
+// as on a plain socket. Writes use MSG_NOSIGNAL: a closed peer is an error, never a
 // SIGPIPE. Every descriptor is close-on-exec.
 //
 // Thread-safety: a socket is used by one thread at a time.
@@ -19,6 +20,8 @@
 namespace appmgr::net {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int kTimeoutSlackMs = 50;
 
 // A point in time after which a wait gives up; "never" for an unbounded wait.
 class Deadline {

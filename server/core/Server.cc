@@ -1,7 +1,6 @@
 #include "server/core/Server.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -323,26 +322,27 @@ bool Server::Hello(Connection& c) {
 
 void Server::Serve(std::shared_ptr<Connection> c) {
   if (Hello(*c)) {
+    const int64_t frameMs = int64_t(options_.frameTimeoutSeconds) * 1000;
+    const int64_t idleMs = int64_t(options_.idleTimeoutSeconds) * 1000;
     for (;;) {
-      if (!c->conn.HasBuffered()) {
-        // Idle between frames: wait for the first byte of the next one, but not forever.
-        pollfd p{c->conn.socket().fd(), POLLIN, 0};
-        int r;
-        do {
-          r = ::poll(&p, 1, options_.idleTimeoutSeconds * 1000);
-        } while (r < 0 && errno == EINTR);
-        if (r <= 0) {
-          EvEventWrapper::DebugLvl(kLabel, 3, "connection %llu idle for %d s: closing",
-                                   static_cast<unsigned long long>(c->info.id), options_.idleTimeoutSeconds);
-          break;
-        }
-      }
+      // Wait for the next frame with the receive itself (no poll per request): each wait is at
+      // most the frame time-out, and waits that see no byte at all add up to the idle time-out.
       kpsHostProtocolHeader h;
       const uint8_t* payload = nullptr;
       size_t length = 0;
-      CLmError e = c->conn.Read(&h, &payload, &length,
-                                Deadline::After(int64_t(options_.frameTimeoutSeconds) * 1000),
-                                options_.maxFrameBytes);
+      CLmError e;
+      for (int64_t idle = 0;;) {
+        int64_t wait = std::min(frameMs, idleMs - idle);
+        auto before = net::Clock::now();
+        e = c->conn.ReadFrame(&h, &payload, &length, Deadline::After(wait), frameMs,
+                              options_.maxFrameBytes);
+        if (!e || e.GetErrorCode() != kKpErrTimeout || c->conn.HasBuffered() || stopping_) break;
+        idle += std::chrono::duration_cast<std::chrono::milliseconds>(net::Clock::now() - before).count();
+        if (idle >= idleMs) {
+          e = CLmError::Format(kKpErrTimeout, "idle for %d s", options_.idleTimeoutSeconds);
+          break;
+        }
+      }
       if (e) {
         if (e.GetErrorCode() != kKpErrDisconnected || stopping_) {
           EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu closed: %s",
