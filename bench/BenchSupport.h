@@ -4,12 +4,18 @@
 
 #include <benchmark/benchmark.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/base/EvDebug.h"
+#include "platform/base/KpSettings.h"
 #include "platform/net/Frame.h"
 #include "platform/net/MangleHostName.h"
 #include "platform/net/XdrCodec.h"
@@ -81,4 +87,20 @@ inline void LookupFrameSizes(size_t* request, size_t* response) {
   appmgr::wire::EncodeRecord(resp, b);
   *request = appmgr::net::kFrameHeaderBytes + a.size();
   *response = appmgr::net::kFrameHeaderBytes + b.size();
+}
+
+// Points this process's settings at `server` as its Controlhost, with logging at level 1 into a
+// scratch folder, so wrappers borrow from a pool connected to it.
+inline void PointSettingsAt(const LookupServer& server) {
+  static bool done = false;
+  if (done) return;
+  done = true;
+  auto dir = std::filesystem::temp_directory_path() / ("appmgr-bench-" + std::to_string(getpid()));
+  std::filesystem::create_directories(dir);
+  std::string path = (dir / "settings.ini").string();
+  std::ofstream(path) << "[Controlhost]\nsHOSTNAME = 127.0.0.1:" << server.server->port()
+                      << "\nsCLIENTNAME = bench\n[EventManager]\nnDebugLevel = 1\nsLogDirectory = "
+                      << (dir / "log").string() << "\n";
+  KpSettings::Instance().Load(path);
+  EvLog::ConfigureFromSettings();
 }

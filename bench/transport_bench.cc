@@ -18,6 +18,8 @@
 #include "platform/net/XdrCodec.h"
 #include "protocol/Messages.h"
 #include "server/core/Server.h"
+#include "session/ClientSessionWrapper.h"
+#include "session/NetMessage.h"
 
 namespace {
 
@@ -55,6 +57,34 @@ void BM_SessionRoundTrip(benchmark::State& state) {
   lat.Report(state);
 }
 BENCHMARK(BM_SessionRoundTrip)->UseRealTime();
+
+// The same lookup as an interface operation makes it: NetMessage, a ClientSessionWrapper that
+// borrows from the process pool, send, receive, header check.
+void BM_WrapperRoundTrip(benchmark::State& state) {
+  LookupServer& server = LookupServer::Get();
+  PointSettingsAt(server);
+  Latencies lat;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    GenericLookupReq4 req;
+    GenericLookupResp4 resp;
+    NetMessage msg;
+    ClientSessionWrapper wrapper(0x1a000000, false);
+    msg.initRequestHeader(req.hdr);
+    req.id = 42;
+    std::string err;
+    if (wrapper.send(kBsLookup.requestId, &req, sizeof req, err) ||
+        wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err) ||
+        msg.verifyResponseHeader(resp.hdr)) {
+      state.SkipWithError(err.c_str());
+      break;
+    }
+    benchmark::DoNotOptimize(resp.value);
+    lat.Add(start);
+  }
+  lat.Report(state);
+}
+BENCHMARK(BM_WrapperRoundTrip)->UseRealTime();
 
 // A ping-pong peer: reads a request of `in` bytes, answers `out` bytes, until the client goes.
 void PingPongPeer(appmgr::net::Socket listener, size_t in, size_t out) {

@@ -211,6 +211,13 @@ CLmError CKpNetwork::SendXDRMessage(unsigned long msgId, kpsDatabuf_v2* buffer, 
                                  "message 0x%08lx (%s) has no request record of %lu bytes", msgId,
                                  KPS_PRIM_STRING(msgId), buffer->length()));
   }
+  // A peer that has closed (a server restart) fails the send before anything is written, so the
+  // caller's recovery re-attaches instead of writing a request into a dead connection.
+  if (!conn_.LooksAlive()) {
+    return Fail(CLmError(kKpErrDisconnected, std::string(row->name) +
+                                                 ": the server has closed the connection"),
+                true, &timedOut);
+  }
   size_t room = conn_.PayloadCapacity();
   size_t needed = 0;
   CLmError e = appmgr::wire::Encode(*row->record, buffer->data(), conn_.PayloadRoom(room), room,
@@ -318,7 +325,12 @@ CLmError CKpNetwork::ReceiveXDRMessage(unsigned long* msgId, kpsDatabuf_v2* buff
   return Done({});
 }
 
-CLmError CKpNetwork::FreeReceivedMessage(unsigned long /*msgId*/, kpsDatabuf_v2* buffer) {
+std::atomic<uint64_t> CKpNetwork::freeCalls_{0};
+std::atomic<unsigned long> CKpNetwork::lastFreedId_{0};
+
+CLmError CKpNetwork::FreeReceivedMessage(unsigned long msgId, kpsDatabuf_v2* buffer) {
+  freeCalls_.fetch_add(1, std::memory_order_relaxed);
+  lastFreedId_.store(msgId, std::memory_order_relaxed);
   if (buffer == nullptr) return Done(CLmError(kKpErrBadArgument, "FreeReceivedMessage: no buffer"));
   buffer->Release();
   return Done({});

@@ -19,6 +19,7 @@
 // Thread-safety: one thread at a time (a pool lends a session to one borrower).
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -116,6 +117,11 @@ class CKpNetwork {
   // The service and client of the last successful attach ("" before one).
   const std::string& service() const { return service_; }
 
+  // Calls of FreeReceivedMessage in this process, and the id the last one named (tests and
+  // statistics).
+  static uint64_t FreeReceivedCalls() { return freeCalls_.load(std::memory_order_relaxed); }
+  static unsigned long LastFreedMessageId() { return lastFreedId_.load(std::memory_order_relaxed); }
+
   static CLmError ConvertXdr(KpNetworkXdrOp_e op, unsigned long msgId, void* out, void* in,
                              int* length, int* direction, int& errorCode) {
     return KpConvertXdr(op, msgId, out, in, length, direction, errorCode);
@@ -131,6 +137,9 @@ class CKpNetwork {
   appmgr::net::Deadline DeadlineFor(int timeoutSeconds) const;
   CLmError ReadFrame(kpsHostProtocolHeader* h, const uint8_t** payload, size_t* length,
                      appmgr::net::Deadline deadline);
+
+  static std::atomic<uint64_t> freeCalls_;
+  static std::atomic<unsigned long> lastFreedId_;
 
   appmgr::net::FrameConn conn_;
   bool broken_ = false;

@@ -1,0 +1,190 @@
+#include "session/AppMgrSessionPool.h"
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "platform/net/MangleHostName.h"
+
+KpNetworkPool* AppMgrSessionPoolSingleton::singleInstance = nullptr;
+KpNetworkPool* AppMgrSessionPoolSingleton::appMgrSvcLiteInstance = nullptr;
+KpCriticalSection AppMgrSessionPoolSingleton::poolCriticalSection;
+
+KpFeatureCache g_FeatureCache(KPPI_Focus::getFocus());
+
+namespace {
+
+// Pools dropped without being destroyed (see the header). Guarded by poolCriticalSection.
+std::vector<KpNetworkPool*>& Abandoned() {
+  static auto* pools = new std::vector<KpNetworkPool*>();
+  return *pools;
+}
+
+}  // namespace
+
+int getPlatformType() {
+  KPPI_EventManager platform;
+  platform.setFocus(KPPI_Focus::getFocus());
+  unsigned long bits = platform.getPlatformType();
+  if (bits & 1) return 1;  // a machine with both bits counts as the Controlhost
+  if (bits & 2) return 2;
+  return 4;
+}
+
+void getClientName(char* buffer, unsigned int size) {
+  KPPlatformInfo info;
+  info.setFocus(KPPI_Focus::getFocus());
+  if (info.getKPPlatformType() & 1) {
+    info.getControlhosterClientName(buffer, size);
+  } else {
+    std::string machine = info.getPhysicalMachine();
+    std::strncpy(buffer, machine.c_str(), size);
+  }
+}
+
+void getAppMgrHostandClientNames(const EvEvent& /*event*/, unsigned long platformType,
+                                 std::string& serverName, std::string& clientName) {
+  std::unique_ptr<KPPI_ControlhostRecord> record;
+  if (platformType & 1) {
+    record = std::make_unique<KPPI_Controlhoster>();
+  } else if (platformType & 2) {
+    record = std::make_unique<KPPI_Storenode>();
+  } else {
+    record = std::make_unique<KPPI_Fleetmember>();
+  }
+  record->setFocus(KPPI_Focus::getFocus());
+  const char* host = record->getControlhosterHostName();
+  serverName = host ? host : "";
+
+  char buffer[256] = {};
+  KPPlatformInfo info;
+  info.setFocus(KPPI_Focus::getFocus());
+  clientName = info.findControlhosterClientName(buffer, sizeof buffer) ? buffer : "";
+}
+
+void getAppMgrLiteHostNameAndClientName(const EvEvent& /*event*/, std::string& hostName,
+                                        std::string& clientName) {
+  KPPlatformInfo info;
+  info.setFocus(KPPI_Focus::getFocus());
+  info.getString("Controlhost", "sAPPMGRHOSTNAME", &hostName);
+  info.getString("Controlhost", "sAPPMGRCLIENTNAME", &clientName);
+}
+
+void DebugSessionPoolMessages(KpNetworkPool* /*pool*/, const char* text) {
+  EvEvent event("KpNetworkPool");
+  event.Debug(5, "%s", text);
+}
+
+CLmError initializeSessionPoolInstance(KpNetworkPool* pool, const std::string& serverName,
+                                       const std::string& serverClientName,
+                                       const std::string& localClientName,
+                                       const std::string& serviceName) {
+  pool->setDebuggingLevel(5);
+  pool->setDebugCallback(DebugSessionPoolMessages);
+  std::string host = MangleHostName(serverName, serverClientName, 8400, 8402);
+  // 120 is the attach time-out every connect of the library uses.
+  return pool->initNetworkPool(serviceName.c_str(), host, localClientName, 600, 120, 0, 10, 0);
+}
+
+KpNetworkPool* AppMgrSessionPoolSingleton::getSessionPoolInstance(const std::string& serviceName) {
+  EvEvent event("AppMgrSessionPoolSingleton::getSessionPoolInstance");
+  event.Debug(4, "Entry (svcName=%s)", serviceName.c_str());
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (singleInstance) {
+    event.Debug(4, "Exit (svcName=%s)", serviceName.c_str());
+    return singleInstance;
+  }
+  singleInstance = new KpNetworkPool();
+  char localClientName[256] = {};
+  getClientName(localClientName, sizeof localClientName);
+  localClientName[sizeof localClientName - 1] = '\0';
+  int platformType = getPlatformType();
+  std::string serverName, clientName;
+  getAppMgrHostandClientNames(event, static_cast<unsigned long>(platformType), serverName, clientName);
+  event.Debug(1, "serverName [%s], clientName [%s].", serverName.c_str(), clientName.c_str());
+  if (serverName.empty() || clientName.empty()) {
+    event.Error("Client or server name is empty. Cant create session instance");
+    Abandoned().push_back(singleInstance);  // dropped, not destroyed
+    singleInstance = nullptr;
+    return nullptr;
+  }
+  CLmError error =
+      initializeSessionPoolInstance(singleInstance, serverName, clientName, localClientName, serviceName);
+  if (error.IsError()) {
+    event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
+                platformType, serverName.c_str(), error.AsString().c_str());
+    delete singleInstance;
+    singleInstance = nullptr;
+  }
+  event.Debug(4, "Exit (svcName=%s)", serviceName.c_str());
+  return singleInstance;
+}
+
+KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
+  if (g_FeatureCache.IsFeatureEnabled("AppMgrSvcLiteDisable")) return nullptr;
+  EvEvent event("AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance");
+  event.Debug(4, "Entry (svcName=%s)", kAppMgrServiceName);
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (appMgrSvcLiteInstance) {
+    event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
+    return appMgrSvcLiteInstance;
+  }
+  int platformType = getPlatformType();
+  if (platformType == 1) return nullptr;  // the Controlhost never uses the lite pool
+  std::string hostName, clientName;
+  getAppMgrLiteHostNameAndClientName(event, hostName, clientName);
+  if (hostName.empty() || clientName.empty()) return nullptr;
+
+  appMgrSvcLiteInstance = new KpNetworkPool();
+  char localClientName[256] = {};
+  getClientName(localClientName, sizeof localClientName);
+  localClientName[sizeof localClientName - 1] = '\0';
+  event.Debug(1, "serverName [%s], clientName [%s].", hostName.c_str(), clientName.c_str());
+  CLmError error = initializeSessionPoolInstance(appMgrSvcLiteInstance, hostName, clientName,
+                                                 localClientName, kAppMgrServiceName);
+  if (error.IsError()) {
+    event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
+                platformType, hostName.c_str(), error.AsString().c_str());
+    delete appMgrSvcLiteInstance;
+    appMgrSvcLiteInstance = nullptr;
+  }
+  event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
+  return appMgrSvcLiteInstance;
+}
+
+void AppMgrSessionPoolSingleton::terminateAllSessions() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (singleInstance) singleInstance->terminateAllSessions();
+}
+
+void AppMgrSessionPoolSingleton::checkConnections() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (singleInstance) singleInstance->checkConnections();
+}
+
+void AppMgrSessionPoolSingleton::cleanUpSessionPool() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (singleInstance) {
+    singleInstance->terminateAllSessions();
+    Abandoned().push_back(singleInstance);  // borrowers still give their sessions back to it
+    singleInstance = nullptr;
+  }
+}
+
+void AppMgrSessionPoolSingleton::resetForTesting() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (singleInstance) Abandoned().push_back(singleInstance);
+  if (appMgrSvcLiteInstance) Abandoned().push_back(appMgrSvcLiteInstance);
+  singleInstance = nullptr;
+  appMgrSvcLiteInstance = nullptr;
+}
+
+KpNetworkPool* AppMgrSessionPoolSingleton::currentFullPool() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  return singleInstance;
+}
+
+KpNetworkPool* AppMgrSessionPoolSingleton::currentLitePool() {
+  KpCriticalSectionLock lock(poolCriticalSection);
+  return appMgrSvcLiteInstance;
+}

@@ -1,0 +1,86 @@
+// Shared set-up of the session-layer tests: a private settings file whose [Controlhost] section
+// points at test servers, pools and class-wide state reset before and after each case, and a
+// log capture.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/base/EvDebug.h"
+#include "platform/info/KPPlatformInfo.h"
+#include "protocol/Messages.h"
+#include "session/AppMgrSessionPool.h"
+#include "session/ClientSessionWrapper.h"
+#include "session/NetMessage.h"
+#include "tests/support/ScriptServer.h"
+#include "tests/support/TestSettings.h"
+
+// [Controlhost] lines naming `server` as the Controlhost (host carries the port).
+inline std::string ControlhostAt(const ScriptServer& server, const std::string& client = "ch01") {
+  return "[Controlhost]\nsHOSTNAME = " + server.host() + "\nsCLIENTNAME = " + client + "\n";
+}
+
+// [Controlhost] lines naming `server` as this client's lite App Manager.
+inline std::string LiteAt(const ScriptServer& server, const std::string& client = "lite01") {
+  return "sAPPMGRHOSTNAME = " + server.host() + "\nsAPPMGRCLIENTNAME = " + client + "\n";
+}
+
+class SessionFixture : public testing::Test {
+ protected:
+  SessionFixture() { Reset(); }
+  ~SessionFixture() override { Reset(); }
+
+  static void Reset() {
+    AppMgrSessionPoolSingleton::resetForTesting();
+    ClientSessionWrapper::resetClassStateForTesting();
+    KPPI_Focus::resetServiceProcess();
+  }
+
+  // Writes the settings (with debug level 10 and a private log folder).
+  void Settings(const std::string& ini) {
+    if (!settings_) {
+      settings_ = std::make_unique<TestSettings>(ini, 10);
+    } else {
+      settings_->Write(ini);
+    }
+  }
+
+  // A scripted BS lookup answer: value = id * 10, name "bs-<id>".
+  static void ScriptLookup(ScriptServer& server) {
+    server.On(appmgr::msg::kBsLookup, [](const GenericLookupReq4& req, GenericLookupResp4& resp,
+                                         appmgr::server::Exchange& x) {
+      resp.value = static_cast<int64_t>(req.id) * 10;
+      resp.name = x.Text("bs-" + std::to_string(req.id));
+    });
+  }
+
+  // One lookup through a fresh wrapper, as an operation makes it.
+  struct Result {
+    int sendStatus = 0, receiveStatus = 0, verify = 0;
+    std::string error;
+    GenericLookupResp4 resp;
+    std::string name;
+  };
+  static Result Lookup(uint64_t id, bool skipLite = false) {
+    Result r;
+    GenericLookupReq4 req;
+    NetMessage msg;
+    ClientSessionWrapper wrapper(0x1a000000, skipLite);
+    msg.initRequestHeader(req.hdr);
+    req.id = id;
+    r.sendStatus = wrapper.send(appmgr::msg::kBsLookup.requestId, &req, sizeof req, r.error);
+    if (r.sendStatus) return r;
+    r.receiveStatus = wrapper.receive(appmgr::msg::kBsLookup.responseId, &r.resp, sizeof r.resp, r.error);
+    if (r.receiveStatus) return r;
+    r.verify = msg.verifyResponseHeader(r.resp.hdr);
+    if (r.resp.name) r.name = r.resp.name;
+    r.resp.name = nullptr;  // points into the wrapper, gone now
+    r.resp.hdr.errorText = nullptr;
+    return r;
+  }
+
+  std::unique_ptr<TestSettings> settings_;
+  EvLogCapture log_;
+};
