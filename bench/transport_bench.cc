@@ -19,6 +19,7 @@
 #include "protocol/Messages.h"
 #include "server/core/Server.h"
 #include "session/ClientSessionWrapper.h"
+#include "session/MessageCache.h"
 #include "session/NetMessage.h"
 
 namespace {
@@ -63,6 +64,8 @@ BENCHMARK(BM_SessionRoundTrip)->UseRealTime();
 void BM_WrapperRoundTrip(benchmark::State& state) {
   LookupServer& server = LookupServer::Get();
   PointSettingsAt(server);
+  static uint64_t nextId = 1;
+  ClientSessionWrapper::enableMessageCache(false);  // every call goes to the server
   Latencies lat;
   for (auto _ : state) {
     auto start = std::chrono::steady_clock::now();
@@ -71,7 +74,7 @@ void BM_WrapperRoundTrip(benchmark::State& state) {
     NetMessage msg;
     ClientSessionWrapper wrapper(0x1a000000, false);
     msg.initRequestHeader(req.hdr);
-    req.id = 42;
+    req.id = nextId++;  // never the same look-up twice: every call goes to the server
     std::string err;
     if (wrapper.send(kBsLookup.requestId, &req, sizeof req, err) ||
         wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err) ||
@@ -83,8 +86,81 @@ void BM_WrapperRoundTrip(benchmark::State& state) {
     lat.Add(start);
   }
   lat.Report(state);
+  ClientSessionWrapper::enableMessageCache(true);
 }
 BENCHMARK(BM_WrapperRoundTrip)->UseRealTime();
+
+// Fills the client-side cache with `n` look-ups (ids 1000000..), once.
+void FillCache(int n) {
+  static bool filled = false;
+  if (filled) return;
+  filled = true;
+  for (int i = 0; i < n; ++i) {
+    GenericLookupReq4 req;
+    GenericLookupResp4 resp;
+    NetMessage msg;
+    ClientSessionWrapper wrapper(0x1a000000, false);
+    msg.initRequestHeader(req.hdr);
+    req.id = 1000000 + uint64_t(i);
+    std::string err;
+    wrapper.send(kBsLookup.requestId, &req, sizeof req, err);
+    wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err);
+  }
+}
+
+// A look-up answered from the cache, 10,000 entries in it: send and receive on one wrapper.
+void BM_CacheHitSendReceive(benchmark::State& state) {
+  LookupServer& server = LookupServer::Get();
+  PointSettingsAt(server);
+  FillCache(10000);
+  ClientSessionWrapper wrapper(0x1a000000, false);
+  GenericLookupReq4 req;
+  NetMessage msg;
+  msg.initRequestHeader(req.hdr);
+  req.id = 1000000 + 4321;
+  uint64_t before = ClientSessionWrapper::m_nSkippedMessageCalls;
+  Latencies lat;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    GenericLookupResp4 resp;
+    std::string err;
+    wrapper.send(kBsLookup.requestId, &req, sizeof req, err);
+    wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err);
+    benchmark::DoNotOptimize(resp.value);
+    lat.Add(start);
+  }
+  lat.Report(state);
+  if (ClientSessionWrapper::m_nSkippedMessageCalls - before < uint64_t(state.iterations())) {
+    state.SkipWithError("not answered from the cache");
+  }
+  state.counters["entries"] = double(CMessageCacheSingleton::Instance()->GetMessageNumberInCache());
+}
+BENCHMARK(BM_CacheHitSendReceive)->UseRealTime();
+
+// The same hit as a whole operation: wrapper (pool lend and return), header, send, receive.
+void BM_CacheHitOperation(benchmark::State& state) {
+  LookupServer& server = LookupServer::Get();
+  PointSettingsAt(server);
+  FillCache(10000);
+  Latencies lat;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    GenericLookupReq4 req;
+    GenericLookupResp4 resp;
+    NetMessage msg;
+    ClientSessionWrapper wrapper(0x1a000000, false);
+    msg.initRequestHeader(req.hdr);
+    req.id = 1000000 + 4321;
+    std::string err;
+    wrapper.send(kBsLookup.requestId, &req, sizeof req, err);
+    wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err);
+    msg.verifyResponseHeader(resp.hdr);
+    benchmark::DoNotOptimize(resp.value);
+    lat.Add(start);
+  }
+  lat.Report(state);
+}
+BENCHMARK(BM_CacheHitOperation)->UseRealTime();
 
 // A ping-pong peer: reads a request of `in` bytes, answers `out` bytes, until the client goes.
 void PingPongPeer(appmgr::net::Socket listener, size_t in, size_t out) {

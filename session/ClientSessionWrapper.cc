@@ -6,7 +6,11 @@
 
 #include "platform/info/KPPlatformInfo.h"
 #include "platform/net/MangleHostName.h"
+#include "platform/xml/AppMessages.h"
+#include "protocol/Messages.h"
 #include "session/AppMgrSessionPool.h"
+#include "session/MessageCache.h"
+#include "session/NetMessage.h"
 
 std::atomic<bool> ClientSessionWrapper::m_gbUseCacheMap{true};
 std::atomic<unsigned long> ClientSessionWrapper::m_gnServiceCacheExpirationTime{5};
@@ -38,6 +42,30 @@ ClientSessionWrapper::ClientSessionWrapper(unsigned long serviceCode, bool skipL
   }
   if (m_pSession == nullptr) m_bPooledSession = false;
   if (!m_bPooledSession) m_pSession = new CKpNetwork();  // private; send() connects it
+
+  m_bFoundInCache = m_bCriticalMessage = m_bNoCacheMessage = false;
+  m_pCache = CMessageCacheSingleton::Instance();
+  m_event.setLabel("ClientSessionWrapper::ClientSessionWrapper");
+  if (m_pCache && CMessageCacheSingleton::m_nDisableMessageCacheRegistry) {
+    m_gbUseCacheMap = false;
+    m_event.Debug(4, "App message cache disabled as nDisableAppMessageCache set.");
+  }
+  // The first wrapper of a process settles caching for every later one.
+  if (m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
+    m_gbUseCacheMap = false;
+    if (m_pCache && CMessageCacheSingleton::m_nIsLaptop) {
+      unsigned long minutes = m_gnServiceCacheExpirationTime;
+      KPPlatformInfo(KPPI_Focus::getFocus())
+          .getNumber("EventManager", "nServiceCacheExpirationTimeMinutes", &minutes);
+      m_gnServiceCacheExpirationTime = minutes;
+      m_gbUseCacheMap = true;
+      m_event.Debug(4, "App message cache is enabled with expiration time [%d]minutes as this is a "
+                       "service process on a laptop.",
+                    static_cast<int>(minutes));
+    } else {
+      m_event.Debug(4, "App message cache is disabled as this is a service process and not a laptop.");
+    }
+  }
 }
 
 ClientSessionWrapper::~ClientSessionWrapper() {
@@ -234,16 +262,260 @@ void ClientSessionWrapper::errorMsg(std::string* errorString, const char* format
   m_event.Error("%s", buffer);
 }
 
-// The message cache is switched off in this build: every request goes to the server.
+namespace {
+
+constexpr int kEncodeRoom = 65536;
+
+// The encoding room of the calling thread: 64 KiB, taken once per thread and only enlarged for
+// larger messages. nullptr when memory is short (the request is then simply not cached).
+unsigned char* EncodeRoom() {
+  thread_local std::unique_ptr<unsigned char[]> room(new (std::nothrow) unsigned char[kEncodeRoom]);
+  return room.get();
+}
+
+// Encodes the record `buffer` describes; the bytes are in *out (the thread's room or `big`).
+// False when it cannot be encoded or memory is short; a needed length of 0 is also false.
+bool EncodeForCache(unsigned long msgId, kpsDatabuf_v2& buffer, int direction,
+                    std::unique_ptr<unsigned char[]>& big, const unsigned char** out, int* length) {
+  unsigned char* room = EncodeRoom();
+  if (room == nullptr) return false;
+  unsigned long valid = buffer.length();
+  int n = kEncodeRoom;
+  int code = 0;
+  CLmError e = CKpNetwork::ConvertXdr(KPNETWORK_XDR_ENCODE, msgId, room, &buffer, &n, &direction, code);
+  buffer.setLength(valid);
+  if (!e.IsError()) {
+    *out = room;
+    *length = n;
+    return n > 0;
+  }
+  if (code != kKpErrLimit || n <= kEncodeRoom) return false;
+  big.reset(new (std::nothrow) unsigned char[static_cast<size_t>(n)]);
+  if (!big) return false;
+  e = CKpNetwork::ConvertXdr(KPNETWORK_XDR_ENCODE, msgId, big.get(), &buffer, &n, &direction, code);
+  buffer.setLength(valid);
+  if (e.IsError() || n == 0) return false;
+  *out = big.get();
+  *length = n;
+  return true;
+}
+
+}  // namespace
+
 bool ClientSessionWrapper::checkMessageInCache() {
+  static constexpr const char* kLabel = "ClientSessionWrapper::checkMessageInCache";
   m_bFoundInCache = false;
+  m_pRequestData.reset();
+  m_pResponseData.reset();
+  if (!m_gbUseCacheMap || m_pCache == nullptr) return false;
+  m_event.setLabel(kLabel);
+  auto* record = reinterpret_cast<AppMgrReqHdr*>(m_sendBuffer.data());
+  if (record == nullptr) {
+    m_bNoCacheMessage = true;
+    m_event.Debug(0, "Message (msgId=%d(%s)) doesn't pass request data. Please validate code with "
+                     "that message. Skipping cache check.",
+                  static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId));
+    return false;
+  }
+  m_pCache->CheckMessageType(m_nSentMsgId, m_bCriticalMessage, m_bNoCacheMessage);
+  if (m_bNoCacheMessage) {
+    if (EvLog::On(4)) {
+      m_event.Debug(4, "No cache message detected (msgId=%d(%s)). Skipping cache check.",
+                    static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId));
+    }
+    return false;
+  }
+  // The same request from another process or thread must find the same key.
+  int64_t pid = record->pid;
+  uint64_t threadId = record->threadId;
+  record->pid = 0;
+  record->threadId = 0;
+  std::unique_ptr<unsigned char[]> big;
+  const unsigned char* bytes = nullptr;
+  int length = 0;
+  if (EncodeForCache(m_nSentMsgId, m_sendBuffer, KPNETWORK_XDR_REQUEST, big, &bytes, &length)) {
+    long stamp = KPPI_Focus::AmIAService() ? CMessageCacheSingleton::Now() : 0;
+    m_pRequestData = std::make_shared<CMessageData>(m_nSentMsgId, bytes, static_cast<unsigned long>(length), stamp);
+    if (m_pCache->CheckMessage(m_pRequestData, m_pResponseData)) {
+      m_bFoundInCache = true;
+      unsigned long skipped = m_nSkippedMessageCalls.fetch_add(1, std::memory_order_relaxed) + 1;
+      if (EvLog::On(4)) {
+        m_event.Debug(4, "Message found in cache (msgId=%d(%s)), skipping server call (total skipped "
+                         "calls [%d] out of [%d])",
+                      static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId),
+                      static_cast<int>(skipped), static_cast<int>(m_nTotalMessageCalls.load()));
+      }
+    } else {
+      m_pResponseData.reset();
+    }
+  }
+  record->pid = pid;
+  record->threadId = threadId;
+  return m_bFoundInCache;
+}
+
+void ClientSessionWrapper::setMessageInCache() {
+  static constexpr const char* kLabel = "ClientSessionWrapper::setMessageInCache";
+  if (!m_gbUseCacheMap || m_pCache == nullptr) return;
+  m_event.setLabel(kLabel);
+  if (m_bCriticalMessage) {
+    m_event.Debug(8, "Critical message detected (msgId=%d(%s)). Existing cache will be cleared.",
+                  static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId));
+    m_pCache->ClearMessageCache();
+    return;
+  }
+  if (m_bFoundInCache || m_bNoCacheMessage || !m_pRequestData) return;
+  std::unique_ptr<unsigned char[]> big;
+  const unsigned char* bytes = nullptr;
+  int length = 0;
+  if (!EncodeForCache(m_nReceivedMsgId, m_recvBuffer, KPNETWORK_XDR_RESPONSE, big, &bytes, &length)) return;
+  auto response = std::make_shared<CMessageData>(m_nReceivedMsgId, bytes, static_cast<unsigned long>(length), 0);
+  std::shared_ptr<CMessageData> existing;
+  if (m_pCache->CheckMessage(m_pRequestData, existing)) return;
+  m_event.setLabel(kLabel);
+  if (!m_pCache->InsertMessage(m_pRequestData, response)) {
+    m_event.Error("Failed to insert messages in the cache [%d(%s)][%d(%s)].", static_cast<int>(m_nSentMsgId),
+                  KPS_PRIM_STRING(m_nSentMsgId), static_cast<int>(m_nReceivedMsgId),
+                  KPS_PRIM_STRING(m_nReceivedMsgId));
+    return;
+  }
+  unsigned long size = m_pRequestData->m_nlength;
+  unsigned long largest = m_nMaxSendMessageSize.load(std::memory_order_relaxed);
+  while (size > largest && !m_nMaxSendMessageSize.compare_exchange_weak(largest, size)) {
+  }
+  if (EvLog::On(4)) {
+    m_event.Debug(4, "Messages in the cache [%d], total cache size [%d]Kb. Max send message size [%d]bytes.",
+                  static_cast<int>(m_pCache->GetMessageNumberInCache()),
+                  static_cast<int>(m_pCache->GetMessageCacheSize() / 1024),
+                  static_cast<int>(m_nMaxSendMessageSize.load()));
+  }
+}
+
+bool ClientSessionWrapper::getMessageFromCache(unsigned long msgId) {
+  static constexpr const char* kLabel = "ClientSessionWrapper::getMessageFromCache";
+  if (!m_gbUseCacheMap) return false;
+  m_event.setLabel(kLabel);
+  char text[512];
+  if (!m_bFoundInCache || !m_pRequestData || !m_pResponseData) {
+    std::snprintf(text, sizeof text, "Warning. Message [%d(%s)] not found in the cache.",
+                  static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId));
+    m_event.Debug(1, "%s", text);
+    return false;
+  }
+  if (msgId != m_pResponseData->m_nMsgId) {
+    std::snprintf(text, sizeof text,
+                  "Incorrect message id [%d(%s)] found in the cache for requested message [%d(%s)].",
+                  static_cast<int>(m_pResponseData->m_nMsgId), KPS_PRIM_STRING(m_pResponseData->m_nMsgId),
+                  static_cast<int>(msgId), KPS_PRIM_STRING(msgId));
+    m_event.Debug(1, "%s", text);
+    return false;
+  }
+  if (EvLog::On(4)) {
+    m_event.Debug(4, "Get message (msgId=%d(%s)) from cache.", static_cast<int>(msgId), KPS_PRIM_STRING(msgId));
+  }
+  m_nReceivedMsgId = m_pResponseData->m_nMsgId;
+  unsigned long valid = m_recvBuffer.length();
+  int length = static_cast<int>(m_pResponseData->m_nlength);
+  int direction = KPNETWORK_XDR_RESPONSE;
+  int code = 0;
+  CLmError e = CKpNetwork::ConvertXdr(KPNETWORK_XDR_DECODE, m_nReceivedMsgId, &m_recvBuffer,
+                                      m_pResponseData->m_pData.get(), &length, &direction, code);
+  m_recvBuffer.setLength(valid);
+  if (!e.IsError()) {
+    m_bRecvBufferFreed = false;  // the record now holds memory that cleanUpRecvBuf releases
+    return true;
+  }
+  std::snprintf(text, sizeof text,
+                "Warning. Failed to convert message [%d(%s)] from cache. newlength = [%d], "
+                "pOutputMessage->m_nlength = [%d], recvBuffer.len = [%d].",
+                static_cast<int>(m_nSentMsgId), KPS_PRIM_STRING(m_nSentMsgId), length,
+                static_cast<int>(m_pResponseData->m_nlength), static_cast<int>(m_recvBuffer.length()));
+  m_event.Debug(1, "%s", text);
   return false;
 }
 
-void ClientSessionWrapper::setMessageInCache() {}
+void ClientSessionWrapper::enableMessageCache(bool enable) {
+  EvEvent event("ClientSessionWrapper::enableMessageCache");
+  CMessageCacheSingleton* cache = CMessageCacheSingleton::Instance();
+  m_gbUseCacheMap = enable;
+  if (!CMessageCacheSingleton::m_nIsLaptop && m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
+    m_gbUseCacheMap = false;
+    event.Debug(1, "EnableAppMgrMessageCache is not valid for client service.");
+  }
+  if (!m_gbUseCacheMap && cache) cache->ClearMessageCache();
+  event.Debug(1, "Message cache %s.", m_gbUseCacheMap ? "enabled" : "disabled");
+}
 
-bool ClientSessionWrapper::getMessageFromCache(unsigned long) { return false; }
+bool ClientSessionWrapper::enableServerMessageCache(unsigned long jobId) {
+  static constexpr const char* kLabel = "ClientSessionWrapper::enableServerMessageCache";
+  if (!m_gbUseCacheMap) return false;
+  m_nJobId = static_cast<long>(jobId);  // from now on every send tags its session with it
 
-void ClientSessionWrapper::enableMessageCache(bool enable) { m_gbUseCacheMap = enable; }
-
-bool ClientSessionWrapper::enableServerMessageCache(unsigned long) { return false; }
+  EnableServerCacheReq request;
+  EnableServerCacheResp response;
+  std::memset(static_cast<void*>(&request), 0, sizeof request);
+  std::memset(static_cast<void*>(&response), 0, sizeof response);
+  NetMessage message;
+  message.initRequestHeader(request.hdr);
+  request.jobId = jobId;
+  std::string errorString;
+  const auto& op = appmgr::msg::kEnableServerCache;
+  int code = send(op.requestId, &request, sizeof request, errorString);
+  m_event.setLabel(kLabel);
+  if (code != 0) {
+    m_event.Error("Failed to send request to Enable Server Message Cache. Error: %d, %s.", code,
+                  errorString.c_str());
+    return false;
+  }
+  bool ok = false;
+  code = receive(op.responseId, &response, sizeof response, errorString);
+  m_event.setLabel(kLabel);
+  if (code != 0) {
+    m_event.Error("Failed to receive request to Enable Server Message Cache. Error: %d, %s.", code,
+                  errorString.c_str());
+  } else if (message.verifyResponseHeader(response.hdr) != 0) {
+    m_event.Error("Failed to verify header to Enable Server Message Cache.");
+  } else {
+    App::EnableAppServerCacheResp xml;
+    if (response.xmlText == nullptr || xml.unserialize(response.xmlText) != 0) {
+      m_event.Error("Failed to unserialize App::EnableAppServerCacheResp.");
+    } else {
+      ok = true;
+      for (const App::ServerMessageCacheEntity& entity : xml.GetCacheEntities()) {
+        auto reqId = static_cast<unsigned long>(entity.requestId);
+        auto respId = static_cast<unsigned long>(entity.responseId);
+        auto key = std::make_shared<CMessageData>(reqId, entity.request.data(), entity.request.size(), 0);
+        std::shared_ptr<CMessageData> existing;
+        if (m_pCache == nullptr || m_pCache->CheckMessage(key, existing)) continue;
+        auto value = std::make_shared<CMessageData>(respId, entity.response.data(), entity.response.size(), 0);
+        m_event.setLabel(kLabel);
+        if (!m_pCache->InsertMessage(key, value)) {
+          m_event.Error("Failed to insert messages in the cache [%d(%s)][%d(%s)].", static_cast<int>(reqId),
+                        KPS_PRIM_STRING(reqId), static_cast<int>(respId), KPS_PRIM_STRING(respId));
+          continue;
+        }
+        // Here it is the response that is measured.
+        unsigned long size = value->m_nlength;
+        unsigned long largest = m_nMaxSendMessageSize.load();
+        while (size > largest && !m_nMaxSendMessageSize.compare_exchange_weak(largest, size)) {
+        }
+        m_event.Debug(4, "Message [%d(%s)][%d(%s)] inserted successfully in the cache.", static_cast<int>(reqId),
+                      KPS_PRIM_STRING(reqId), static_cast<int>(respId), KPS_PRIM_STRING(respId));
+      }
+      if (m_pCache) {
+        m_event.Debug(4, "Messages in the cache [%d], total cache size [%d]Kb. Max send message size [%d]bytes.",
+                      static_cast<int>(m_pCache->GetMessageNumberInCache()),
+                      static_cast<int>(m_pCache->GetMessageCacheSize() / 1024),
+                      static_cast<int>(m_nMaxSendMessageSize.load()));
+      }
+    }
+  }
+  cleanUpRecvBuf(nullptr);
+  m_event.setLabel(kLabel);
+  if (ok) {
+    m_event.Debug(4, "Message cache enabled and populated successfully.");
+  } else {
+    m_event.Error("Failed to Enable Server Message Cache.");
+  }
+  return ok;
+}

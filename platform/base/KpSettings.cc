@@ -1,5 +1,6 @@
 #include "platform/base/KpSettings.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <climits>
@@ -26,12 +27,33 @@ std::string Key(const std::string& section, const std::string& key) {
   return Lower(section) + '\n' + Lower(key);
 }
 
+inline unsigned char Fold(char c) {
+  unsigned char u = static_cast<unsigned char>(c);
+  return (u >= 'A' && u <= 'Z') ? static_cast<unsigned char>(u + ('a' - 'A')) : u;
+}
+
 std::string PathFromEnvironment() {
   const char* env = std::getenv(KpSettings::kPathVariable);
   return (env && *env) ? env : KpSettings::kDefaultPath;
 }
 
 }  // namespace
+
+int KpSettings::KeyLess::Compare(const KeyProbe& probe, const std::string& stored) {
+  // The probe stands for lower("section") + '\n' + lower("key"), compared byte by byte as
+  // std::string compares (unsigned).
+  const size_t sectionLen = probe.section.size();
+  const size_t total = sectionLen + 1 + probe.key.size();
+  const size_t n = std::min(total, stored.size());
+  for (size_t i = 0; i < n; ++i) {
+    unsigned char a = i < sectionLen ? Fold(probe.section[i])
+                      : i == sectionLen ? static_cast<unsigned char>('\n')
+                                        : Fold(probe.key[i - sectionLen - 1]);
+    unsigned char b = static_cast<unsigned char>(stored[i]);
+    if (a != b) return a < b ? -1 : 1;
+  }
+  return total < stored.size() ? -1 : (total > stored.size() ? 1 : 0);
+}
 
 KpSettings& KpSettings::Instance() {
   // Never destroyed: logging may read settings while other statics are torn down.
@@ -119,7 +141,7 @@ void KpSettings::LoadLocked(const std::string& path) {
 bool KpSettings::GetString(const std::string& section, const std::string& key,
                            std::string* out) const {
   std::shared_lock lock(mutex_);
-  auto it = parsed_.values.find(Key(section, key));
+  auto it = parsed_.values.find(KeyProbe{section, key});
   if (it == parsed_.values.end()) return false;
   if (out) *out = it->second;
   return true;

@@ -22,6 +22,7 @@
 #include <memory>
 #include <shared_mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class KpSettings {
@@ -52,9 +53,23 @@ class KpSettings {
   // Increments on every Load()/Reload(); readers that cache derived values compare it.
   uint64_t Generation() const;
 
+  // A section and key to look up, compared without regard to ASCII case and without building
+  // a string: reads are frequent (every session wrapper asks a few) and must not allocate.
+  struct KeyProbe {
+    std::string_view section;
+    std::string_view key;
+  };
+  struct KeyLess {
+    using is_transparent = void;
+    bool operator()(const std::string& a, const std::string& b) const { return a < b; }
+    bool operator()(const KeyProbe& a, const std::string& b) const { return Compare(a, b) < 0; }
+    bool operator()(const std::string& a, const KeyProbe& b) const { return Compare(b, a) > 0; }
+    static int Compare(const KeyProbe& probe, const std::string& stored);
+  };
+
   // Parses INI text; exposed for tests. Keys are stored as "section\nkey", lower-cased.
   struct Parsed {
-    std::map<std::string, std::string> values;
+    std::map<std::string, std::string, KeyLess> values;
     std::vector<std::string> warnings;
   };
   static Parsed Parse(const std::string& text, const std::string& origin);

@@ -13,6 +13,7 @@
 #include "protocol/Messages.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
+#include "session/MessageCache.h"
 #include "session/NetMessage.h"
 #include "tests/support/ScriptServer.h"
 #include "tests/support/TestSettings.h"
@@ -35,17 +36,23 @@ class SessionFixture : public testing::Test {
   static void Reset() {
     AppMgrSessionPoolSingleton::resetForTesting();
     ClientSessionWrapper::resetClassStateForTesting();
+    CMessageCacheSingleton::ResetForTesting();
     KPPI_Focus::resetServiceProcess();
   }
 
-  // Writes the settings (with debug level 10 and a private log folder).
+  // Writes the settings (with debug level 10 and a private log folder). Unless useCache_ is set,
+  // the message cache is switched off, so every request reaches the server.
   void Settings(const std::string& ini) {
+    std::string text = ini;
+    if (!useCache_) text += "\n[EventManager]\nnDisableAppMessageCache = 1\n";
     if (!settings_) {
-      settings_ = std::make_unique<TestSettings>(ini, 10);
+      settings_ = std::make_unique<TestSettings>(text, 10);
     } else {
-      settings_->Write(ini);
+      settings_->Write(text);
     }
   }
+
+  bool useCache_ = false;
 
   // A scripted BS lookup answer: value = id * 10, name "bs-<id>".
   static void ScriptLookup(ScriptServer& server) {

@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "platform/net/MangleHostName.h"
+#include "platform/xml/AppMessages.h"
+#include "protocol/Messages.h"
 #include "protocol/Catalogue.h"
 
 using appmgr::server::Exchange;
@@ -95,6 +97,24 @@ void ScriptServer::Run(Exchange& x, const appmgr::server::BinaryHandler& fill) {
   }
   if (fill) fill(x);
   if (b.dropAfter != 0) x.CloseAfterReply();
+}
+
+void ScriptServer::AnswerCacheFill(std::vector<PreparedPair> pairs) {
+  App::EnableAppServerCacheResp xml;
+  for (const PreparedPair& p : pairs) {
+    App::ServerMessageCacheEntity e;
+    e.requestId = static_cast<int64_t>(p.requestId);
+    e.responseId = static_cast<int64_t>(p.responseId);
+    e.request.assign(p.request.begin(), p.request.end());
+    e.response.assign(p.response.begin(), p.response.end());
+    xml.AddCacheEntity(e);
+  }
+  std::string text;
+  xml.serialize(text, false);
+  On(appmgr::msg::kEnableServerCache,
+     [text](const EnableServerCacheReq&, EnableServerCacheResp& resp, appmgr::server::Exchange& x) {
+       resp.xmlText = x.Text(text);
+     });
 }
 
 void ScriptServer::Delay(uint64_t requestId, std::chrono::milliseconds delay) {

@@ -74,6 +74,14 @@ class ScriptServer {
     Script(RowOf(op.requestId, appmgr::wire::Wire<Req>::schema.size), nullptr);
   }
 
+  // Answers the cache-fill request with these prepared request/response pairs (as an
+  // App::EnableAppServerCacheResp), whatever job it names.
+  struct PreparedPair {
+    uint64_t requestId, responseId;
+    std::vector<uint8_t> request, response;
+  };
+  void AnswerCacheFill(std::vector<PreparedPair> pairs);
+
   void Delay(uint64_t requestId, std::chrono::milliseconds delay);
   // The next `times` requests of this id (all of them when -1) close the connection without an
   // answer, or right after it.
