@@ -54,6 +54,7 @@ class SessionFixture : public testing::Test {
 
   bool useCache_ = false;
 
+ public:
   // A scripted BS lookup answer: value = id * 10, name "bs-<id>".
   static void ScriptLookup(ScriptServer& server) {
     server.On(appmgr::msg::kBsLookup, [](const GenericLookupReq4& req, GenericLookupResp4& resp,
@@ -88,6 +89,7 @@ class SessionFixture : public testing::Test {
     return r;
   }
 
+ protected:
   std::unique_ptr<TestSettings> settings_;
   EvLogCapture log_;
 };

@@ -1,0 +1,128 @@
+// The library as callers see it: loaded with dlopen, the factory and the switches found by name,
+// nothing else visible.
+//
+// Callers set the environment before they load the library, and the library reads its settings
+// when it is loaded; so the suite starts one script server, names it in one settings file, and
+// loads the library once for all its cases (it stays loaded, so counters are compared as
+// differences).
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "appmgr/AppMgrNet.h"
+#include "appmgr/BSInterface.h"
+#include "tests/session/SessionFixture.h"
+
+namespace {
+
+class LibraryTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    server_ = new ScriptServer();
+    SessionFixture::ScriptLookup(*server_);
+    settings_ = new TestSettings(ControlhostAt(*server_), 10);
+    setenv("APPMGR_SETTINGS", settings_->path().c_str(), 1);
+    // NODELETE: the library's process-wide state is never freed, and must stay reachable for
+    // leak checkers after the handle is closed.
+    lib_ = dlopen(APPMGRNET_LIBRARY, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+  }
+  static void TearDownTestSuite() {
+    if (lib_) dlclose(lib_);
+    delete settings_;
+    delete server_;
+    unsetenv("APPMGR_SETTINGS");
+  }
+  void SetUp() override { ASSERT_NE(lib_, nullptr) << dlerror(); }
+
+  template <class F>
+  static F Symbol(const char* name) {
+    return reinterpret_cast<F>(dlsym(lib_, name));
+  }
+  static AppMgrNetStatistics Stats() {
+    AppMgrNetStatistics s{};
+    EXPECT_EQ(Symbol<AppMgrGetClientLibraryStatisticsFn>("GetClientLibraryStatistics")(&s), 0);
+    return s;
+  }
+  static std::string Lookup(BSInterface& bs, unsigned long id) {
+    std::string name, text, err;
+    long value = 0;
+    unsigned long o1, o2, o3, o4 = 0;
+    EXPECT_EQ(bs.lookup(id, name, value, o1, o2, o3, text, o4, err, nullptr), 0) << err;
+    return name;
+  }
+
+  static ScriptServer* server_;
+  static TestSettings* settings_;
+  static void* lib_;
+};
+
+ScriptServer* LibraryTest::server_ = nullptr;
+TestSettings* LibraryTest::settings_ = nullptr;
+void* LibraryTest::lib_ = nullptr;
+
+TEST_F(LibraryTest, ExportsTheSevenFunctionsAndHidesTheRest) {
+  for (const char* name : {"getLibraryInterface", "EnableClientMessageCache", "EnableServerSideMessageCache",
+                           "GetDataInPreInstallMode", "CleanClientSessionPool", "TerminateClientSessions",
+                           "GetClientLibraryStatistics"}) {
+    EXPECT_NE(dlsym(lib_, name), nullptr) << name;
+  }
+  EXPECT_EQ(dlsym(lib_, "_ZN14BSInterfaceNet6lookupEmRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERlRmS8_S8_S6_S8_S6_Pv"),
+            nullptr);
+  EXPECT_EQ(dlsym(lib_, "KPS_PRIM_STRING"), nullptr);
+  EXPECT_EQ(dlsym(lib_, "vmFatalError"), nullptr);
+}
+
+TEST_F(LibraryTest, TheFactoryMakesTheBackupSetInterfaceAndNullForOtherCodes) {
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  EXPECT_EQ(get(0), nullptr);
+  EXPECT_EQ(get(17), nullptr);
+  EXPECT_EQ(get(-1), nullptr);
+  auto* a = static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET));
+  auto* b = static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET));
+  ASSERT_NE(a, nullptr);
+  EXPECT_NE(a, b) << "one new object per call";
+  std::string err;
+  EXPECT_EQ(a->remove(1, err, nullptr), 0xa0010);
+  EXPECT_EQ(err, "Api not implemented.");
+  EXPECT_EQ(Lookup(*b, 31), "bs-31");
+  delete a;
+  delete b;
+}
+
+TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  auto enable = Symbol<AppMgrEnableClientMessageCacheFn>("EnableClientMessageCache");
+  auto clean = Symbol<AppMgrVoidFn>("CleanClientSessionPool");
+  auto terminate = Symbol<AppMgrVoidFn>("TerminateClientSessions");
+  auto fill = Symbol<AppMgrEnableServerSideMessageCacheFn>("EnableServerSideMessageCache");
+  std::unique_ptr<BSInterface> bs(static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET)));
+
+  AppMgrNetStatistics before = Stats();
+  EXPECT_EQ(Lookup(*bs, 3), "bs-3");
+  EXPECT_EQ(Lookup(*bs, 3), "bs-3");
+  AppMgrNetStatistics after = Stats();
+  EXPECT_EQ(after.totalMessageCalls - before.totalMessageCalls, 2u);
+  EXPECT_EQ(after.skippedMessageCalls - before.skippedMessageCalls, 1u);
+  EXPECT_GE(after.messagesInCache, 1u);
+  EXPECT_EQ(after.fullPoolExists, 1u);
+  EXPECT_EQ(after.fullPoolOpen, 1u);
+
+  terminate();
+  EXPECT_EQ(Stats().fullPoolOpen, 1u) << "TerminateClientSessions does nothing";
+
+  enable(0x100);  // only the low byte counts: 0 is off
+  EXPECT_EQ(Stats().cacheInUse, 0u);
+  EXPECT_EQ(Stats().messagesInCache, 0u);
+  enable(1);
+  EXPECT_EQ(Stats().cacheInUse, 1u);
+
+  clean();
+  EXPECT_EQ(Stats().fullPoolExists, 0u);
+  EXPECT_EQ(Lookup(*bs, 4), "bs-4") << "the next call builds a new pool";
+  EXPECT_EQ(Stats().fullPoolExists, 1u);
+
+  // The fill answers its underlying call's result unchanged: false (0) when the server has no
+  // answer for it.
+  EXPECT_EQ(fill(7), 0);
+}
+
+}  // namespace
