@@ -162,49 +162,10 @@ void BM_CacheHitOperation(benchmark::State& state) {
 }
 BENCHMARK(BM_CacheHitOperation)->UseRealTime();
 
-// A ping-pong peer: reads a request of `in` bytes, answers `out` bytes, until the client goes.
-void PingPongPeer(appmgr::net::Socket listener, size_t in, size_t out) {
-  appmgr::net::Socket s;
-  if (listener.Accept(Deadline::After(10000), &s, nullptr)) return;
-  std::vector<char> req(in), resp(out, 'r');
-  for (;;) {
-    size_t got = 0;
-    while (got < in) {
-      ssize_t n = ::recv(s.fd(), req.data() + got, in - got, 0);
-      if (n <= 0) return;
-      got += size_t(n);
-    }
-    if (::send(s.fd(), resp.data(), out, MSG_NOSIGNAL) != ssize_t(out)) return;
-  }
-}
-
 void BM_PlainTcpPingPong(benchmark::State& state) {
   size_t in = 0, out = 0;
   LookupFrameSizes(&in, &out);
-  appmgr::net::Socket listener;
-  unsigned port = 0;
-  appmgr::net::Socket::Listen("127.0.0.1", 0, 4, &listener, &port);
-  std::thread peer(PingPongPeer, std::move(listener), in, out);
-  appmgr::net::Socket s;
-  appmgr::net::Socket::Connect("127.0.0.1", port, Deadline::After(5000), &s);
-  std::vector<char> req(in, 'q'), resp(out);
-  Latencies lat;
-  for (auto _ : state) {
-    auto start = std::chrono::steady_clock::now();
-    ::send(s.fd(), req.data(), in, MSG_NOSIGNAL);
-    size_t got = 0;
-    while (got < out) {
-      ssize_t n = ::recv(s.fd(), resp.data() + got, out - got, 0);
-      if (n <= 0) break;
-      got += size_t(n);
-    }
-    lat.Add(start);
-  }
-  s.Close();
-  peer.join();
-  lat.Report(state);
-  state.counters["request_bytes"] = double(in);
-  state.counters["response_bytes"] = double(out);
+  RunPingPong(state, in, out);
 }
 BENCHMARK(BM_PlainTcpPingPong)->UseRealTime();
 

@@ -1,0 +1,80 @@
+// BSInterfaceNet::lookup end to end: the library's operation against a real appmgrd (its
+// SQLite store, the demo data), with 1 and 2 caller threads, beside a plain TCP ping-pong of
+// frames of the same sizes with as many threads. Calls per second are items_per_second;
+// "median_us" is the median round trip per thread. The client-side cache is off, so every call
+// reaches the server.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <mutex>
+
+#include "bench/BenchSupport.h"
+#include "interfaces/BSInterfaceNet.h"
+#include "session/ClientSessionWrapper.h"
+#include "session/NetMessage.h"
+#include "tests/support/AppmgrdProcess.h"
+
+namespace {
+
+// One appmgrd for the whole run, started on the first benchmark's thread (which outlives it).
+AppmgrdProcess& Server() {
+  static AppmgrdProcess* server = [] {
+    AppmgrdProcess::Options o;
+    o.fixture = AppmgrdProcess::DemoFixture();
+    o.logLevel = 1;
+    auto* p = new AppmgrdProcess(o);
+    auto dir = std::filesystem::temp_directory_path() / ("appmgr-e2e-bench-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    std::string path = (dir / "settings.ini").string();
+    std::ofstream(path) << "[Controlhost]\nsHOSTNAME = " << p->host()
+                        << "\nsCLIENTNAME = controlhost\n[EventManager]\nnDebugLevel = 1\nsLogDirectory = "
+                        << (dir / "log").string() << "\n";
+    KpSettings::Instance().Load(path);
+    EvLog::ConfigureFromSettings();
+    ClientSessionWrapper::enableMessageCache(false);
+    return p;
+  }();
+  return *server;
+}
+
+void BM_LookupEndToEnd(benchmark::State& state) {
+  static std::once_flag started;
+  std::call_once(started, [] { Server(); });
+  BSInterfaceNet bs;
+  Latencies lat;
+  std::string name, text, err;
+  long value = 0;
+  unsigned long o1, o2, o3, o4 = 0;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    if (bs.lookup(102, name, value, o1, o2, o3, text, o4, err, nullptr) != 0) {
+      state.SkipWithError(err.c_str());
+      break;
+    }
+    lat.Add(start);
+  }
+  lat.Report(state);
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_LookupEndToEnd)->Threads(1)->Threads(2)->UseRealTime();
+
+// The frames of that lookup: the request with this machine's host name, the demo answer.
+void BM_PlainTcpPingPong(benchmark::State& state) {
+  GenericLookupReq4 req;
+  NetMessage().initRequestHeader(req.hdr);
+  req.id = 102;
+  GenericLookupResp4 resp;
+  resp.hdr.version = 2;
+  resp.value = 7;
+  resp.name = "defaultBackupSet";
+  resp.text = "Database server file system";
+  std::vector<uint8_t> a, b;
+  appmgr::wire::EncodeRecord(req, a);
+  appmgr::wire::EncodeRecord(resp, b);
+  RunPingPong(state, appmgr::net::kFrameHeaderBytes + a.size(), appmgr::net::kFrameHeaderBytes + b.size());
+}
+BENCHMARK(BM_PlainTcpPingPong)->Threads(1)->Threads(2)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();
