@@ -59,8 +59,22 @@ void BM_SessionRoundTrip(benchmark::State& state) {
 }
 BENCHMARK(BM_SessionRoundTrip)->UseRealTime();
 
-// The same lookup as an interface operation makes it: NetMessage, a ClientSessionWrapper that
-// borrows from the process pool, send, receive, header check.
+// One lookup as an interface operation makes it: NetMessage, a ClientSessionWrapper that
+// borrows from the process pool, send, receive, header check. Non-zero on failure.
+int LookupOperation(uint64_t id, std::string& err) {
+  GenericLookupReq4 req;
+  GenericLookupResp4 resp;
+  NetMessage msg;
+  ClientSessionWrapper wrapper(0x1a000000, false);
+  msg.initRequestHeader(req.hdr);
+  req.id = id;
+  if (int rc = wrapper.send(kBsLookup.requestId, &req, sizeof req, err)) return rc;
+  if (int rc = wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err)) return rc;
+  benchmark::DoNotOptimize(resp.value);
+  return msg.verifyResponseHeader(resp.hdr);
+}
+
+// The lookup as an operation, every call reaching the server.
 void BM_WrapperRoundTrip(benchmark::State& state) {
   LookupServer& server = LookupServer::Get();
   PointSettingsAt(server);
@@ -69,20 +83,11 @@ void BM_WrapperRoundTrip(benchmark::State& state) {
   Latencies lat;
   for (auto _ : state) {
     auto start = std::chrono::steady_clock::now();
-    GenericLookupReq4 req;
-    GenericLookupResp4 resp;
-    NetMessage msg;
-    ClientSessionWrapper wrapper(0x1a000000, false);
-    msg.initRequestHeader(req.hdr);
-    req.id = nextId++;  // never the same look-up twice: every call goes to the server
     std::string err;
-    if (wrapper.send(kBsLookup.requestId, &req, sizeof req, err) ||
-        wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err) ||
-        msg.verifyResponseHeader(resp.hdr)) {
+    if (LookupOperation(nextId++, err)) {  // never the same look-up twice
       state.SkipWithError(err.c_str());
       break;
     }
-    benchmark::DoNotOptimize(resp.value);
     lat.Add(start);
   }
   lat.Report(state);
@@ -96,15 +101,8 @@ void FillCache(int n) {
   if (filled) return;
   filled = true;
   for (int i = 0; i < n; ++i) {
-    GenericLookupReq4 req;
-    GenericLookupResp4 resp;
-    NetMessage msg;
-    ClientSessionWrapper wrapper(0x1a000000, false);
-    msg.initRequestHeader(req.hdr);
-    req.id = 1000000 + uint64_t(i);
     std::string err;
-    wrapper.send(kBsLookup.requestId, &req, sizeof req, err);
-    wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err);
+    LookupOperation(1000000 + uint64_t(i), err);
   }
 }
 
@@ -145,17 +143,8 @@ void BM_CacheHitOperation(benchmark::State& state) {
   Latencies lat;
   for (auto _ : state) {
     auto start = std::chrono::steady_clock::now();
-    GenericLookupReq4 req;
-    GenericLookupResp4 resp;
-    NetMessage msg;
-    ClientSessionWrapper wrapper(0x1a000000, false);
-    msg.initRequestHeader(req.hdr);
-    req.id = 1000000 + 4321;
     std::string err;
-    wrapper.send(kBsLookup.requestId, &req, sizeof req, err);
-    wrapper.receive(kBsLookup.responseId, &resp, sizeof resp, err);
-    msg.verifyResponseHeader(resp.hdr);
-    benchmark::DoNotOptimize(resp.value);
+    LookupOperation(1000000 + 4321, err);
     lat.Add(start);
   }
   lat.Report(state);

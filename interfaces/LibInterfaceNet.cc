@@ -14,6 +14,23 @@
 // Shared with the callers' headers; no operation here reads them.
 const char* vmFatalError = "**FatalError**";
 
+namespace {
+
+// Copies a pool's counters; false when there is no pool.
+bool PoolStats(KpNetworkPool* pool, uint32_t* exists, uint64_t* open, uint64_t* lent, uint64_t* attached,
+               uint64_t* replaced) {
+  if (pool == nullptr) return false;
+  KpNetworkPool::Stats s = pool->stats();
+  *exists = 1;
+  *open = s.open;
+  *lent = s.lent;
+  *attached = s.attached;
+  *replaced = s.replaced;
+  return true;
+}
+
+}  // namespace
+
 extern "C" {
 
 __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
@@ -61,22 +78,10 @@ __attribute__((visibility("default"))) int GetClientLibraryStatistics(AppMgrNetS
     out->messagesInCache = cache->GetMessageNumberInCache();
     out->cacheBytes = cache->GetMessageCacheSize();
   }
-  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::currentFullPool()) {
-    KpNetworkPool::Stats s = pool->stats();
-    out->fullPoolExists = 1;
-    out->fullPoolOpen = s.open;
-    out->fullPoolLent = s.lent;
-    out->fullPoolAttached = s.attached;
-    out->fullPoolReplaced = s.replaced;
-  }
-  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::currentLitePool()) {
-    KpNetworkPool::Stats s = pool->stats();
-    out->litePoolExists = 1;
-    out->litePoolOpen = s.open;
-    out->litePoolLent = s.lent;
-    out->litePoolAttached = s.attached;
-    out->litePoolReplaced = s.replaced;
-  }
+  PoolStats(AppMgrSessionPoolSingleton::currentFullPool(), &out->fullPoolExists, &out->fullPoolOpen,
+            &out->fullPoolLent, &out->fullPoolAttached, &out->fullPoolReplaced);
+  PoolStats(AppMgrSessionPoolSingleton::currentLitePool(), &out->litePoolExists, &out->litePoolOpen,
+            &out->litePoolLent, &out->litePoolAttached, &out->litePoolReplaced);
   return 0;
 }
 

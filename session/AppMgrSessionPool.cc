@@ -62,6 +62,19 @@ void getAppMgrHostandClientNames(const EvEvent& /*event*/, unsigned long platfor
   clientName = info.findControlhosterClientName(buffer, sizeof buffer) ? buffer : "";
 }
 
+void getConnectionClientNames(char (&clientName)[257], char (&controlhostClientName)[257]) {
+  KPPlatformInfo info;
+  info.setFocus(KPPI_Focus::getFocus());
+  std::memset(clientName, 0, sizeof clientName);
+  std::memset(controlhostClientName, 0, sizeof controlhostClientName);
+  if (info.getKPPlatformType() & 1) {
+    info.getControlhosterClientName(clientName, 256);
+  } else {
+    std::strncpy(clientName, info.getPhysicalMachine().c_str(), 255);
+  }
+  info.findControlhosterClientName(controlhostClientName, 256);
+}
+
 void getAppMgrLiteHostNameAndClientName(const EvEvent& /*event*/, std::string& hostName,
                                         std::string& clientName) {
   KPPlatformInfo info;

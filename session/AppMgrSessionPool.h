@@ -65,6 +65,11 @@ void getClientName(char* buffer, unsigned int size);
 // when unknown.
 void getAppMgrHostandClientNames(const EvEvent& event, unsigned long platformType,
                                  std::string& serverName, std::string& clientName);
+// The names a connection to the Controlhost is made with: this machine's client name (the
+// Controlhost's own client name on the Controlhost, else the first 255 characters of the
+// physical machine name) and the Controlhost's client name from the platform record (empty when
+// unknown). Both buffers hold 257 characters and come back terminated.
+void getConnectionClientNames(char (&clientName)[257], char (&controlhostClientName)[257]);
 // The configured lite App Manager host and client name; empty when not configured.
 void getAppMgrLiteHostNameAndClientName(const EvEvent& event, std::string& hostName,
                                         std::string& clientName);

@@ -120,16 +120,8 @@ int ClientSessionWrapper::connectToCH(const std::string& service, std::string& e
   const char* controlhost = nullptr;
   if (!platform.invalidKPPlatform()) controlhost = platform.getControlhosterHostName();
 
-  KPPlatformInfo info;
-  info.setFocus(focus);
-  char clientName[257] = {};
-  if (info.getKPPlatformType() & 1) {
-    info.getControlhosterClientName(clientName, 256);
-  } else {
-    std::strncpy(clientName, info.getPhysicalMachine().c_str(), 255);
-  }
-  char controlhostClient[257] = {};
-  info.findControlhosterClientName(controlhostClient, 256);
+  char clientName[257], controlhostClient[257];
+  getConnectionClientNames(clientName, controlhostClient);
 
   std::string connect = MangleHostName(controlhost ? controlhost : "", controlhostClient, 8400, 8402);
   m_event.Debug(1, "[%s] Connnecting to [%s] service on Controlhoster.", kLabel, serviceName);

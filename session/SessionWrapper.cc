@@ -26,16 +26,8 @@ int SessionWrapper::connectToCH(const std::string& host, const std::string& serv
   (void)getPlatformType();  // read as the platform reads it; nothing depends on it here
   char serviceName[256] = {};
   std::snprintf(serviceName, sizeof serviceName, "%s", service.c_str());
-  KPPlatformInfo info;
-  info.setFocus(KPPI_Focus::getFocus());
-  char clientName[257] = {};
-  if (info.getKPPlatformType() & 1) {
-    info.getControlhosterClientName(clientName, 256);
-  } else {
-    std::strncpy(clientName, info.getPhysicalMachine().c_str(), 255);
-  }
-  char controlhostClient[257] = {};
-  info.findControlhosterClientName(controlhostClient, 256);
+  char clientName[257], controlhostClient[257];
+  getConnectionClientNames(clientName, controlhostClient);
   // The host is the caller's, used as it is.
   std::string connect = MangleHostName(host, controlhostClient, 8400, 8402);
   bool timedOut = false;
