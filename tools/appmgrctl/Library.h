@@ -1,0 +1,99 @@
+// Library: libappmgrnet.so loaded the way any caller loads it, with dlopen, dlsym and the
+// factory.
+//
+//   std::string error;
+//   std::unique_ptr<Library> lib = Library::Load(Library::Candidates(libOption), &error);
+//   if (!lib) { ...error names the file and holds dlerror's text... }
+//   lib->backupSets().lookup(...);
+//
+// Where the library is looked for (Candidates), first match wins:
+//   1. the path given with --lib;
+//   2. else the path in the environment variable APPMGRNET_LIB;
+//   3. else <folder of this program>/../interfaces/libappmgrnet.so, when that file exists (the
+//      build tree, where appmgrctl sits in tools/ beside interfaces/);
+//   4. else "libappmgrnet.so" through the dynamic loader's own search (LD_LIBRARY_PATH, the
+//      loader cache, the system folders).
+// A path without a '/' (from 1 or 2) is also searched for by the loader, as dlopen does.
+//
+// Load resolves every exported function at once, so a library that is not a complete
+// libappmgrnet.so is refused before anything is sent, and makes the backup-set object through
+// getLibraryInterface. The object is deleted through BSInterface before the library is closed,
+// since its code lives in the library. Closing releases the handle; the library itself stays
+// mapped until the process ends (RTLD_NODELETE, see Load), because its process-wide state is
+// made to live that long.
+//
+// Thread-safety: one thread uses a Library; the library's own functions are thread-safe.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "appmgr/AppMgrNet.h"
+#include "appmgr/BSInterface.h"
+
+namespace appmgrctl {
+
+class Library {
+ public:
+  // Where to look, in order (see above). `where` says, for messages, which rule named it.
+  struct Candidate {
+    std::string path;
+    std::string where;
+    // False for the build-tree guess: its absence is not an error, the next candidate is tried.
+    bool required = true;
+  };
+  static std::vector<Candidate> Candidates(const std::string& libOption);
+
+  // The first candidate that exists, loaded, with every export resolved and the backup-set
+  // object made; null with *error saying what failed (file, symbol, and dlerror's text).
+  static std::unique_ptr<Library> Load(const std::vector<Candidate>& candidates,
+                                       std::string* error);
+
+  ~Library();
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+  // The path dlopen was given.
+  const std::string& path() const { return path_; }
+
+  // Owned by this Library; valid until it is destroyed.
+  BSInterface& backupSets() { return *backupSets_; }
+
+  // The exported functions of the library (include/appmgr/AppMgrNet.h).
+  void EnableClientMessageCache(bool enable) { enableClientMessageCache_(enable ? 1 : 0); }
+  int EnableServerSideMessageCache(unsigned long jobId) {
+    return enableServerSideMessageCache_(jobId);
+  }
+  int GetDataInPreInstallMode(const std::string& host, std::string& url,
+                              const std::string& hostClientName) {
+    return getDataInPreInstallMode_(host, url, hostClientName);
+  }
+  int GetClientLibraryStatistics(AppMgrNetStatistics* out) {
+    return getClientLibraryStatistics_(out);
+  }
+
+ private:
+  struct Closer {
+    void operator()(void* handle) const;
+  };
+
+  Library() = default;
+
+  std::string path_;
+  // Declared before backupSets_, so it is destroyed after it: the object's destructor is code
+  // of the library.
+  std::unique_ptr<void, Closer> handle_;
+  std::unique_ptr<BSInterface> backupSets_;
+
+  AppMgrGetLibraryInterfaceFn getLibraryInterface_ = nullptr;
+  AppMgrEnableClientMessageCacheFn enableClientMessageCache_ = nullptr;
+  AppMgrEnableServerSideMessageCacheFn enableServerSideMessageCache_ = nullptr;
+  AppMgrGetDataInPreInstallModeFn getDataInPreInstallMode_ = nullptr;
+  // Resolved only to refuse an incomplete library; no command calls them.
+  AppMgrVoidFn cleanClientSessionPool_ = nullptr;
+  AppMgrVoidFn terminateClientSessions_ = nullptr;
+  AppMgrGetClientLibraryStatisticsFn getClientLibraryStatistics_ = nullptr;
+};
+
+}  // namespace appmgrctl
