@@ -61,7 +61,8 @@ BENCHMARK(BM_LookupEndToEnd)->Threads(1)->Threads(2)->UseRealTime();
 // The frames of that lookup: the request with this machine's host name, the demo answer.
 void BM_PlainTcpPingPong(benchmark::State& state) {
   GenericLookupReq4 req;
-  NetMessage().initRequestHeader(req.hdr);
+  NetMessage header;  // holds the host name req.hdr points at
+  header.initRequestHeader(req.hdr);
   req.id = 102;
   GenericLookupResp4 resp;
   resp.hdr.version = 2;

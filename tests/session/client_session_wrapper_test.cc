@@ -63,7 +63,8 @@ TEST_F(WrapperTest, APrivateSessionConnectsOnSendAndIsClosedByTheDestructor) {
     ClientSessionWrapper wrapper(0x1a000000, false);
     EXPECT_EQ(ch.core().ConnectionsAccepted(), 0u) << "the constructor does not connect";
     GenericLookupReq4 req;
-    NetMessage().initRequestHeader(req.hdr);
+    NetMessage header;  // holds the host name req.hdr points at
+    header.initRequestHeader(req.hdr);
     std::string err;
     ASSERT_EQ(wrapper.send(kBsLookup.requestId, &req, sizeof req, err), 0) << err;
     EXPECT_EQ(ch.core().ConnectionsAccepted(), 1u);
@@ -95,7 +96,8 @@ TEST_F(WrapperTest, ASendThatFailsTwiceReattachesOnceAndReportsTheResend) {
   std::vector<AppMgrProps> props(names.size());
   for (size_t i = 0; i < names.size(); ++i) props[i] = {names[i].c_str(), 1, names[i].c_str()};
   GenericSetPropsReq req;
-  NetMessage().initRequestHeader(req.hdr);
+  NetMessage header;  // holds the host name req.hdr points at
+  header.initRequestHeader(req.hdr);
   req.count = static_cast<uint32_t>(props.size());
   req.props = props.data();
   std::string err;
@@ -146,7 +148,8 @@ TEST_F(WrapperTest, AFailedReattachOverwritesTheConnectText) {
   ch.Stop();
   std::this_thread::sleep_for(50ms);
   GenericLookupReq4 req;
-  NetMessage().initRequestHeader(req.hdr);
+  NetMessage header;  // holds the host name req.hdr points at
+  header.initRequestHeader(req.hdr);
   std::string err;
   EXPECT_EQ(wrapper.send(kBsLookup.requestId, &req, sizeof req, err), kKpErrRefused);
   EXPECT_EQ(err.rfind("[ClientSessionWrapper::send] Re-attach failed. Connection error [connect to 127.0.0.1:", 0), 0u)

@@ -21,7 +21,8 @@ TEST_F(SessionWrapperTest, AttachesToTheCallersHostAndExchanges) {
   ASSERT_EQ(sw.connectToCH(server.host(), "AppManager network access", err), 0) << err;
   sw.session().setJobId(5);
   GenericLookupReq4 req;
-  NetMessage().initRequestHeader(req.hdr);
+  NetMessage header;  // holds the host name req.hdr points at
+  header.initRequestHeader(req.hdr);
   req.id = 3;
   ASSERT_EQ(sw.send(kBsLookup.requestId, &req, sizeof req, err), 0) << err;
   GenericLookupResp4 resp;
@@ -64,7 +65,8 @@ TEST_F(SessionWrapperTest, AFailedReceiveIsReleasedUnderTheLastGoodIdByTheDestru
     std::string err;
     ASSERT_EQ(sw.connectToCH(server.host(), "AppManager network access", err), 0);
     GenericLookupReq4 req;
-    NetMessage().initRequestHeader(req.hdr);
+    NetMessage header;  // holds the host name req.hdr points at
+    header.initRequestHeader(req.hdr);
     GenericLookupResp4 resp;
     ASSERT_EQ(sw.send(kBsLookup.requestId, &req, sizeof req, err), 0);
     ASSERT_EQ(sw.receive(kBsLookup.responseId, &resp, sizeof resp, err), 0);
@@ -88,7 +90,8 @@ TEST_F(SessionWrapperTest, SendRepeatsItselfOnALostConnection) {
   server.Restart();
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   GenericLookupReq4 req;
-  NetMessage().initRequestHeader(req.hdr);
+  NetMessage header;  // holds the host name req.hdr points at
+  header.initRequestHeader(req.hdr);
   req.id = 8;
   ASSERT_EQ(sw.send(kBsLookup.requestId, &req, sizeof req, err), 0) << err;
   GenericLookupResp4 resp;
