@@ -52,16 +52,18 @@ extern "C" {
 void* getLibraryInterface(int code);
 // Switches the client-side message cache on (non-zero low byte) or off for the process.
 void EnableClientMessageCache(int enable);
-// Fills the client-side cache with the answers the server prepared for `jobId`; 0 on success.
+// Fills the client-side cache with the answers the server prepared for `jobId`; 1 on success,
+// 0 on failure (the reason is in the log).
 int EnableServerSideMessageCache(unsigned long jobId);
-// Asks the Controlhost `host` for the web console address before this machine is installed.
+// Asks the Controlhost `host` for the web console address before this machine is installed;
+// 1 with `url` set on success, 0 with `url` untouched on failure.
 int GetDataInPreInstallMode(const std::string& host, std::string& url,
                             const std::string& hostClientName);
 // Closes the sessions of the full pool and forgets it; the next call builds a new one.
 void CleanClientSessionPool();
 // Kept for callers that expect it; does nothing.
 void TerminateClientSessions();
-// Fills `out` with the session layer's counters; 0 on success.
+// Fills `out` with the session layer's counters; 0 on success, 1 when `out` is null.
 int GetClientLibraryStatistics(AppMgrNetStatistics* out);
 }
 
