@@ -4,13 +4,14 @@
 #
 #   scripts/demo.sh [BUILD_DIR]        (default: build; `make demo` builds it first)
 #
-# Everything it writes goes under demo-run/ (recreated on every run): the database, the server's
-# log, the settings file the library reads and the library's own log.
+# Everything it writes goes under demo-run/ (recreated on every run; DEMO_RUN_DIR names another
+# folder): the database, the server's log, the settings file the library reads and the
+# library's own log.
 set -euo pipefail
 
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${1:-$root/build}"
-run="$root/demo-run"
+run="${DEMO_RUN_DIR:-$root/demo-run}"
 appmgrd="$build/server/appmgrd"
 appmgrctl="$build/tools/appmgrctl"
 
@@ -64,6 +65,11 @@ sLogDirectory = $run/log
 nDebugLevel = 4
 EOF
 
+say() {
+  echo
+  echo "## $*"
+}
+
 ctl() {
   echo
   echo "\$ appmgrctl $*"
@@ -72,13 +78,17 @@ ctl() {
 
 echo "appmgrd is listening on 127.0.0.1:$port (pid $server_pid)"
 
+say "Read backup set 102, its stores and its properties."
 ctl bs lookup 102
 ctl bs stores 102
 ctl bs props 102
+say "Rename it and change its value; a new process reads the change back from the server."
 ctl bs update 102 --name nightly-db --value 9
 ctl bs lookup 102
+say "Set two properties (one changed, one new) and read them back as JSON."
 ctl bs set-props 102 nRetentionDays=45 sOwner=dba
 ctl --json bs props 102
+say "Ask whether a new replication pair would clash with an existing one, and who owns the set."
 ctl bs pair-conflict 105 'D:\Data' /replica/new
 ctl bs client-id 105
 
@@ -91,9 +101,12 @@ bs lookup 101
 bs stores 102
 stats
 EOF
+say "One process, four commands: the repeated lookup of 101 is answered from the library's"
+say "message cache, so the counters show 3 calls of which 1 skipped the network."
 ctl batch "$run/batch.txt"
 
 # A backup set that does not exist: the server's error text and exit status 1.
+say "A backup set that does not exist: the server's error, exit status 1."
 status=0
 ctl bs lookup 999 || status=$?
 echo "(exit status $status)"
