@@ -36,13 +36,18 @@ class Latencies {
                              .count());
     }
   }
-  void Report(benchmark::State& state) {
-    if (samples_.empty()) return;
+  // The median in microseconds, 0 without samples.
+  double Median() {
+    if (samples_.empty()) return 0;
     std::sort(samples_.begin(), samples_.end());
-    // Per-thread figures, averaged over the benchmark's threads.
-    state.counters["median_us"] =
-        benchmark::Counter(samples_[samples_.size() / 2], benchmark::Counter::kAvgThreads);
-    state.counters["p99_us"] =
+    return samples_[samples_.size() / 2];
+  }
+  // Reports "<prefix>median_us" and "<prefix>p99_us", per thread, averaged over the threads.
+  void Report(benchmark::State& state, const std::string& prefix = "") {
+    if (samples_.empty()) return;
+    double median = Median();
+    state.counters[prefix + "median_us"] = benchmark::Counter(median, benchmark::Counter::kAvgThreads);
+    state.counters[prefix + "p99_us"] =
         benchmark::Counter(samples_[samples_.size() * 99 / 100], benchmark::Counter::kAvgThreads);
   }
 
@@ -112,44 +117,70 @@ inline void PointSettingsAt(const LookupServer& server) {
 }
 
 // A plain TCP ping-pong on loopback: `in` bytes to a peer thread that reads them all and answers
-// `out` bytes, one round trip per iteration, with no framing, encoding or dispatch. Each
-// benchmark thread has its own connection and peer.
-inline void RunPingPong(benchmark::State& state, size_t in, size_t out) {
-  using appmgr::net::Deadline;
-  appmgr::net::Socket listener;
-  unsigned port = 0;
-  appmgr::net::Socket::Listen("127.0.0.1", 0, 4, &listener, &port);
-  std::thread peer([&listener, in, out] {
-    appmgr::net::Socket s;
-    if (listener.Accept(Deadline::After(10000), &s, nullptr)) return;
-    std::vector<char> req(in), resp(out, 'r');
-    for (;;) {
-      size_t got = 0;
-      while (got < in) {
-        ssize_t n = ::recv(s.fd(), req.data() + got, in - got, 0);
-        if (n <= 0) return;
-        got += size_t(n);
+// `out` bytes, with no framing, encoding or dispatch. One connection and peer per object.
+class PingPong {
+ public:
+  PingPong(size_t in, size_t out) : in_(in), out_(out), request_(in, 'q'), response_(out) {
+    using appmgr::net::Deadline;
+    appmgr::net::Socket listener;
+    unsigned port = 0;
+    appmgr::net::Socket::Listen("127.0.0.1", 0, 4, &listener, &port);
+    peer_ = std::thread([listener = std::move(listener), in, out]() mutable {
+      appmgr::net::Socket s;
+      if (listener.Accept(Deadline::After(10000), &s, nullptr)) return;
+      std::vector<char> req(in), resp(out, 'r');
+      for (;;) {
+        size_t got = 0;
+        while (got < in) {
+          ssize_t n = ::recv(s.fd(), req.data() + got, in - got, 0);
+          if (n <= 0) return;
+          got += size_t(n);
+        }
+        if (::send(s.fd(), resp.data(), out, MSG_NOSIGNAL) != ssize_t(out)) return;
       }
-      if (::send(s.fd(), resp.data(), out, MSG_NOSIGNAL) != ssize_t(out)) return;
-    }
-  });
-  appmgr::net::Socket s;
-  appmgr::net::Socket::Connect("127.0.0.1", port, Deadline::After(5000), &s);
-  std::vector<char> req(in, 'q'), resp(out);
-  Latencies lat;
-  for (auto _ : state) {
-    auto start = std::chrono::steady_clock::now();
-    ::send(s.fd(), req.data(), in, MSG_NOSIGNAL);
+    });
+    appmgr::net::Socket::Connect("127.0.0.1", port, Deadline::After(5000), &socket_);
+  }
+  ~PingPong() {
+    socket_.Close();  // the peer reads end of stream and returns
+    peer_.join();
+  }
+  PingPong(const PingPong&) = delete;
+  PingPong& operator=(const PingPong&) = delete;
+
+  // One round trip; false when the connection failed.
+  bool RoundTrip() {
+    if (::send(socket_.fd(), request_.data(), in_, MSG_NOSIGNAL) != ssize_t(in_)) return false;
     size_t got = 0;
-    while (got < out) {
-      ssize_t n = ::recv(s.fd(), resp.data() + got, out - got, 0);
-      if (n <= 0) break;
+    while (got < out_) {
+      ssize_t n = ::recv(socket_.fd(), response_.data() + got, out_ - got, 0);
+      if (n <= 0) return false;
       got += size_t(n);
     }
-    lat.Add(start);
+    return true;
   }
-  s.Close();
-  peer.join();
+
+ private:
+  size_t in_, out_;
+  std::vector<char> request_, response_;
+  appmgr::net::Socket socket_;
+  std::thread peer_;
+};
+
+// The ping-pong as a benchmark, one round trip per iteration; each benchmark thread has its own.
+inline void RunPingPong(benchmark::State& state, size_t in, size_t out) {
+  Latencies lat;
+  {
+    PingPong pp(in, out);
+    for (auto _ : state) {
+      auto start = std::chrono::steady_clock::now();
+      if (!pp.RoundTrip()) {
+        state.SkipWithError("ping-pong connection failed");
+        break;
+      }
+      lat.Add(start);
+    }
+  }
   lat.Report(state);
   state.SetItemsProcessed(state.iterations());
   state.counters["request_bytes"] = benchmark::Counter(double(in), benchmark::Counter::kAvgThreads);

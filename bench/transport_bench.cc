@@ -27,32 +27,50 @@ namespace {
 using appmgr::msg::kBsLookup;
 using appmgr::net::Deadline;
 
+// An attached CKpNetwork session that looks up one backup set per round trip.
+class SessionLookup {
+ public:
+  explicit SessionLookup(const LookupServer& server) {
+    bool t = false;
+    attached_ = !session_.Attach_RemoteService(server.connect, "AppManager network access", "bench", 10, t).IsError();
+    req_.hdr.version = 2;
+    req_.hdr.hostName = "benchhost";
+    req_.id = 42;
+    out_.setExternalBuffer(reinterpret_cast<char*>(&req_), sizeof req_);
+    in_.setExternalBuffer(reinterpret_cast<char*>(&resp_), sizeof resp_);
+  }
+  bool attached() const { return attached_; }
+  // False when the exchange failed.
+  bool RoundTrip() {
+    bool t = false;
+    if (session_.SendXDRMessage(kBsLookup.requestId, &out_, 0, -1, t).IsError()) return false;
+    unsigned long id = kBsLookup.responseId;
+    if (session_.ReceiveXDRMessage(&id, &in_, nullptr, 0, -1, t).IsError()) return false;
+    session_.FreeReceivedMessage(id, &in_);
+    return true;
+  }
+
+ private:
+  CKpNetwork session_;
+  bool attached_ = false;
+  GenericLookupReq4 req_;
+  GenericLookupResp4 resp_;
+  kpsDatabuf_v2 out_, in_;
+};
+
 void BM_SessionRoundTrip(benchmark::State& state) {
-  LookupServer& server = LookupServer::Get();
-  CKpNetwork session;
-  bool t = false;
-  if (session.Attach_RemoteService(server.connect, "AppManager network access", "bench", 10, t)) {
+  SessionLookup session(LookupServer::Get());
+  if (!session.attached()) {
     state.SkipWithError("attach failed");
     return;
   }
-  GenericLookupReq4 req;
-  req.hdr.version = 2;
-  req.hdr.hostName = "benchhost";
-  req.id = 42;
-  GenericLookupResp4 resp;
-  kpsDatabuf_v2 out, in;
-  out.setExternalBuffer(reinterpret_cast<char*>(&req), sizeof req);
-  in.setExternalBuffer(reinterpret_cast<char*>(&resp), sizeof resp);
   Latencies lat;
   for (auto _ : state) {
     auto start = std::chrono::steady_clock::now();
-    session.SendXDRMessage(kBsLookup.requestId, &out, 0, -1, t);
-    unsigned long id = kBsLookup.responseId;
-    if (session.ReceiveXDRMessage(&id, &in, nullptr, 0, -1, t)) {
-      state.SkipWithError("receive failed");
+    if (!session.RoundTrip()) {
+      state.SkipWithError("round trip failed");
       break;
     }
-    session.FreeReceivedMessage(id, &in);
     lat.Add(start);
   }
   lat.Report(state);
@@ -94,6 +112,56 @@ void BM_WrapperRoundTrip(benchmark::State& state) {
   ClientSessionWrapper::enableMessageCache(true);
 }
 BENCHMARK(BM_WrapperRoundTrip)->UseRealTime();
+
+// The bare session, the wrapper operation and the plain ping-pong taken in turn, one of each per
+// iteration, so that all three meet the same moments of a noisy machine. The ratios of the
+// medians are the figures to compare: "session_vs_pingpong" and "wrapper_vs_session".
+void BM_RoundTripsInterleaved(benchmark::State& state) {
+  LookupServer& server = LookupServer::Get();
+  PointSettingsAt(server);
+  SessionLookup session(server);
+  if (!session.attached()) {
+    state.SkipWithError("attach failed");
+    return;
+  }
+  size_t in = 0, out = 0;
+  LookupFrameSizes(&in, &out);
+  PingPong pingPong(in, out);
+  ClientSessionWrapper::enableMessageCache(false);
+  static uint64_t nextId = uint64_t{1} << 40;
+  Latencies bare, wrapped, plain;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    if (!session.RoundTrip()) {
+      state.SkipWithError("session round trip failed");
+      break;
+    }
+    bare.Add(start);
+    start = std::chrono::steady_clock::now();
+    std::string err;
+    if (LookupOperation(nextId++, err)) {
+      state.SkipWithError(err.c_str());
+      break;
+    }
+    wrapped.Add(start);
+    start = std::chrono::steady_clock::now();
+    if (!pingPong.RoundTrip()) {
+      state.SkipWithError("ping-pong failed");
+      break;
+    }
+    plain.Add(start);
+  }
+  ClientSessionWrapper::enableMessageCache(true);
+  double sessionUs = bare.Median(), wrapperUs = wrapped.Median(), pingUs = plain.Median();
+  bare.Report(state, "session_");
+  wrapped.Report(state, "wrapper_");
+  plain.Report(state, "pingpong_");
+  if (pingUs > 0 && sessionUs > 0) {
+    state.counters["session_vs_pingpong"] = sessionUs / pingUs;
+    state.counters["wrapper_vs_session"] = wrapperUs / sessionUs;
+  }
+}
+BENCHMARK(BM_RoundTripsInterleaved)->UseRealTime();
 
 // Fills the client-side cache with `n` look-ups (ids 1000000..), once.
 void FillCache(int n) {
