@@ -1,9 +1,11 @@
 #include "session/AppMgrSessionPool.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <vector>
 
+#include "platform/base/KpSettings.h"
 #include "platform/net/MangleHostName.h"
 
 KpNetworkPool* AppMgrSessionPoolSingleton::singleInstance = nullptr;
@@ -142,11 +144,20 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
     event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
     return appMgrSvcLiteInstance;
   }
+  // Where there is no lite host, the answer stays "none" until the settings change; remembering
+  // it spares every later wrapper the platform reads. Guarded by poolCriticalSection.
+  static uint64_t noLiteHostGeneration = UINT64_MAX;
+  KpSettings& settings = KpSettings::Instance();
+  if (noLiteHostGeneration == settings.Generation()) return nullptr;
+  const uint64_t before = settings.Generation();
   int platformType = getPlatformType();
-  if (platformType == 1) return nullptr;  // the Controlhost never uses the lite pool
   std::string hostName, clientName;
-  getAppMgrLiteHostNameAndClientName(event, hostName, clientName);
-  if (hostName.empty() || clientName.empty()) return nullptr;
+  // The Controlhost never uses the lite pool.
+  if (platformType != 1) getAppMgrLiteHostNameAndClientName(event, hostName, clientName);
+  if (platformType == 1 || hostName.empty() || clientName.empty()) {
+    if (settings.Generation() == before) noLiteHostGeneration = before;
+    return nullptr;
+  }
 
   appMgrSvcLiteInstance = new KpNetworkPool();
   char localClientName[256] = {};

@@ -45,6 +45,20 @@ TEST_F(WrapperTest, LitePoolIsPreferredFullPoolIsTheFallBackPrivateSessionTheLas
   EXPECT_EQ(log_.CountContaining("Could not get session from pool. Error:[Could not create session pool object]"), 1u);
 }
 
+TEST_F(WrapperTest, ALiteHostAddedToTheSettingsIsUsedByTheNextCall) {
+  ScriptServer ch, lite;
+  ScriptLookup(ch);
+  ScriptLookup(lite);
+  Settings(ControlhostAt(ch));
+  EXPECT_EQ(Lookup(1).name, "bs-1");
+  EXPECT_EQ(Lookup(2).name, "bs-2");  // "no lite host" is remembered between these calls ...
+  EXPECT_EQ(ch.Count(kBsLookup.requestId), 2u);
+  Settings(ControlhostAt(ch) + LiteAt(lite));  // ... and forgotten when the settings change
+  EXPECT_EQ(Lookup(3).name, "bs-3");
+  EXPECT_EQ(lite.Count(kBsLookup.requestId), 1u);
+  EXPECT_EQ(ch.Count(kBsLookup.requestId), 2u);
+}
+
 TEST_F(WrapperTest, APooledSessionIsNotConnectedBySendAndIsReused) {
   ScriptServer ch;
   ScriptLookup(ch);
