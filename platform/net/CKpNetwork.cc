@@ -44,6 +44,22 @@ int DefaultIoTimeout() {
 
 constexpr size_t kFileChunk = 1u << 20;
 
+// The reason a refusal or error frame gives, or "no reason given".
+std::string ReasonText(const uint8_t* payload, size_t length) {
+  appmgr::net::ReasonRecord reason;
+  appmgr::wire::Arena arena;
+  appmgr::wire::DecodeRecord(payload, length, reason, arena);
+  return reason.text ? reason.text : "no reason given";
+}
+
+// The failure an error frame answering `what` stands for.
+CLmError ServerError(const kpsHostProtocolHeader& h, const uint8_t* payload, size_t length,
+                     const std::string& what) {
+  int32_t code = appmgr::net::StatusOf(h);
+  return CLmError(code ? code : kKpErrServer,
+                  "the server did not serve " + what + ": " + ReasonText(payload, length));
+}
+
 }  // namespace
 
 uint64_t KpForkGeneration() { return g_forkGeneration.load(std::memory_order_relaxed); }
@@ -161,12 +177,9 @@ CLmError CKpNetwork::Attach(const std::string& connect, const std::string& servi
   }
   appmgr::wire::Arena arena;
   if (appmgr::net::KindOf(h) == FrameKind::kHelloRefuse) {
-    appmgr::net::ReasonRecord reason;
-    appmgr::wire::DecodeRecord(data, length, reason, arena);
     CLmError refused(kKpErrRefused, "service \"" + service + "\" at " +
                                         appmgr::net::HostPortText(target.host, target.port1) +
-                                        " refused the connection: " +
-                                        (reason.text ? reason.text : "no reason given"));
+                                        " refused the connection: " + ReasonText(data, length));
     return Fail(std::move(refused), true, &timedOut);
   }
   appmgr::net::HelloAcceptRecord accept;
@@ -281,13 +294,7 @@ CLmError CKpNetwork::ReceiveXDRMessage(unsigned long* msgId, kpsDatabuf_v2* buff
   if (header) *header = h;
   FrameKind kind = appmgr::net::KindOf(h);
   if (kind == FrameKind::kError) {
-    appmgr::net::ReasonRecord reason;
-    appmgr::wire::Arena arena;
-    appmgr::wire::DecodeRecord(payload, length, reason, arena);
-    int32_t code = appmgr::net::StatusOf(h);
-    return Done(CLmError(code ? code : kKpErrServer,
-                         std::string("the server did not serve ") + KPS_PRIM_STRING(*msgId) +
-                             ": " + (reason.text ? reason.text : "no reason given")));
+    return Done(ServerError(h, payload, length, KPS_PRIM_STRING(*msgId)));
   }
   if (kind != FrameKind::kBinary || !appmgr::net::IsResponse(h)) {
     return Fail(CLmError::Format(kKpErrProtocol, "expected a binary response, got a %s frame",
@@ -375,12 +382,7 @@ CLmError CKpNetwork::ReceiveXMLMessage(unsigned long* type, CNMessageBase*& mess
   if (header) *header = h;
   FrameKind kind = appmgr::net::KindOf(h);
   if (kind == FrameKind::kError) {
-    appmgr::net::ReasonRecord reason;
-    appmgr::wire::Arena arena;
-    appmgr::wire::DecodeRecord(payload, length, reason, arena);
-    int32_t code = appmgr::net::StatusOf(h);
-    return Done(CLmError(code ? code : kKpErrServer, std::string("the server did not serve the XML request: ") +
-                                                         (reason.text ? reason.text : "no reason given")));
+    return Done(ServerError(h, payload, length, "the XML request"));
   }
   if (kind != FrameKind::kXml) {
     return Fail(CLmError::Format(kKpErrProtocol, "expected an XML message, got a %s frame",
@@ -459,11 +461,7 @@ CLmError CKpNetwork::PutFileRequest(const std::string& localDirectory, kpsFilexf
   }
   int32_t status = appmgr::net::StatusOf(h);
   if (status != 0) {
-    appmgr::net::ReasonRecord reason;
-    appmgr::wire::Arena arena;
-    appmgr::wire::DecodeRecord(reply, length, reason, arena);
-    return Done(CLmError(status, "the server did not store " + name + ": " +
-                                     (reason.text ? reason.text : "no reason given")));
+    return Done(CLmError(status, "the server did not store " + name + ": " + ReasonText(reply, length)));
   }
   request->bytesSent = sent;
   return Done({});

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/base/KpSettings.h"
+#include "platform/net/BigEndian.h"
 
 namespace appmgr::net {
 namespace {
@@ -11,16 +12,6 @@ namespace {
 constexpr size_t kDefaultMaxFrame = 16u << 20;
 constexpr size_t kMinMaxFrame = 4096;
 std::atomic<size_t> g_maxFrame{0};
-
-inline void Put64(uint8_t* p, uint64_t v) {
-  v = __builtin_bswap64(v);
-  std::memcpy(p, &v, 8);
-}
-inline uint64_t Get64(const uint8_t* p) {
-  uint64_t v;
-  std::memcpy(&v, p, 8);
-  return __builtin_bswap64(v);
-}
 
 }  // namespace
 
@@ -57,23 +48,23 @@ size_t MaxFramePayload() {
 }
 
 void EncodeFrameHeader(const kpsHostProtocolHeader& h, uint8_t out[kFrameHeaderBytes]) {
-  Put64(out, h.msgId);
-  Put64(out + 8, h.control);
-  Put64(out + 16, h.jobId);
-  Put64(out + 24, h.payloadLength);
-  Put64(out + 32, h.recordLength);
-  Put64(out + 40, h.status);
+  PutU64(out, h.msgId);
+  PutU64(out + 8, h.control);
+  PutU64(out + 16, h.jobId);
+  PutU64(out + 24, h.payloadLength);
+  PutU64(out + 32, h.recordLength);
+  PutU64(out + 40, h.status);
 }
 
 CLmError DecodeFrameHeader(const uint8_t in[kFrameHeaderBytes], size_t maxPayload,
                            kpsHostProtocolHeader* out) {
   kpsHostProtocolHeader h;
-  h.msgId = Get64(in);
-  h.control = Get64(in + 8);
-  h.jobId = Get64(in + 16);
-  h.payloadLength = Get64(in + 24);
-  h.recordLength = Get64(in + 32);
-  h.status = Get64(in + 40);
+  h.msgId = GetU64(in);
+  h.control = GetU64(in + 8);
+  h.jobId = GetU64(in + 16);
+  h.payloadLength = GetU64(in + 24);
+  h.recordLength = GetU64(in + 32);
+  h.status = GetU64(in + 40);
   if (uint32_t(h.control >> 32) != kFrameMagic) {
     return CLmError::Format(kKpErrProtocol, "frame does not start with the session magic (got 0x%016llx)",
                             static_cast<unsigned long long>(h.control));

@@ -6,29 +6,17 @@
 #include <new>
 #include <utility>
 
+#include "platform/net/BigEndian.h"
+
 namespace appmgr::wire {
 namespace {
 
 constexpr int kMaxPath = 32;
 
-inline void PutU32(uint8_t* p, uint32_t v) {
-  v = __builtin_bswap32(v);
-  std::memcpy(p, &v, 4);
-}
-inline void PutU64(uint8_t* p, uint64_t v) {
-  v = __builtin_bswap64(v);
-  std::memcpy(p, &v, 8);
-}
-inline uint32_t GetU32(const uint8_t* p) {
-  uint32_t v;
-  std::memcpy(&v, p, 4);
-  return __builtin_bswap32(v);
-}
-inline uint64_t GetU64(const uint8_t* p) {
-  uint64_t v;
-  std::memcpy(&v, p, 8);
-  return __builtin_bswap64(v);
-}
+using appmgr::net::GetU32;
+using appmgr::net::GetU64;
+using appmgr::net::PutU32;
+using appmgr::net::PutU64;
 
 template <class T>
 inline T Load(const char* rec, uint32_t offset) {
