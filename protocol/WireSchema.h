@@ -6,6 +6,10 @@
 //   uint32_t -> kU32, int32_t -> kI32, uint64_t -> kU64, int64_t -> kI64,
 //   const char* -> kText (optional text), char[N] -> kChars (N fixed bytes),
 //   a record type -> kStruct (nested in place), count + pointer -> kArray (counted array).
+// A counted array that is read at the indexes of another array of the same record (a list
+// response of ids and names walked by the ids' count) names that array's count as its driver
+// (WIRE_PARALLEL_ARRAY); the decoder refuses a record whose parallel array is shorter than its
+// driver, so a copy-out walking the driver's count never reads past an array.
 // The catalogue test checks that the listed fields tile each struct, so a field left out of a
 // list fails it. Everything here is constexpr data; nothing runs at start-up.
 #pragma once
@@ -28,6 +32,11 @@ struct FieldDesc {
   uint32_t size;                 // bytes in memory (kChars: the array length)
   uint32_t countOffset;          // kArray: offset of the unsigned 32-bit count
   const RecordSchema* element;   // kStruct: the nested record; kArray: the element record
+  // kArray read in parallel with another array: the offset of that array's count, which this
+  // array's count may not fall below. kNoDriver otherwise.
+  uint32_t drivingCountOffset = kNoDriver;
+
+  static constexpr uint32_t kNoDriver = 0xffffffffu;
 };
 
 struct RecordSchema {
@@ -113,7 +122,8 @@ constexpr FieldDesc MakeField(const char* name, size_t offset) {
 }
 
 template <class P, class C>
-constexpr FieldDesc MakeArray(const char* name, size_t pointerOffset, size_t countOffset) {
+constexpr FieldDesc MakeArray(const char* name, size_t pointerOffset, size_t countOffset,
+                              size_t drivingCountOffset = FieldDesc::kNoDriver) {
   static_assert(std::is_same_v<C, uint32_t>, "array counts are unsigned 32-bit");
   static_assert(std::is_pointer_v<P>, "array elements are reached through a pointer");
   using E = std::remove_pointer_t<P>;
@@ -126,8 +136,14 @@ constexpr FieldDesc MakeArray(const char* name, size_t pointerOffset, size_t cou
     static_assert(std::is_class_v<E>, "array element must be a record, a text or an id");
     element = &Wire<E>::schema;
   }
-  return {name, FieldKind::kArray, static_cast<uint32_t>(pointerOffset), 8,
-          static_cast<uint32_t>(countOffset), element};
+  return {name,    FieldKind::kArray, static_cast<uint32_t>(pointerOffset), 8,
+          static_cast<uint32_t>(countOffset), element, static_cast<uint32_t>(drivingCountOffset)};
+}
+
+template <class C>
+constexpr size_t DriverOffset(size_t offset) {
+  static_assert(std::is_same_v<C, uint32_t>, "a driving count is an unsigned 32-bit count");
+  return offset;
 }
 
 }  // namespace appmgr::wire
@@ -141,6 +157,13 @@ constexpr FieldDesc MakeArray(const char* name, size_t pointerOffset, size_t cou
   ::appmgr::wire::MakeArray<decltype(T::items), decltype(T::count)>(#items,   \
                                                                     offsetof(T, items), \
                                                                     offsetof(T, count))
+
+// A counted array read at the indexes of the array whose count member is `driver`: it must
+// hold at least as many elements as that one (checked when decoding).
+#define WIRE_PARALLEL_ARRAY(T, count, items, driver)                                        \
+  ::appmgr::wire::MakeArray<decltype(T::items), decltype(T::count)>(                        \
+      #items, offsetof(T, items), offsetof(T, count),                                       \
+      ::appmgr::wire::DriverOffset<decltype(T::driver)>(offsetof(T, driver)))
 
 // Defines the field list of record T. The fields follow in declaration order; a counted array
 // is listed once, by WIRE_ARRAY, at its pointer (its count is part of it).

@@ -174,7 +174,7 @@ class Reader {
       if (!Field(f, rec)) return false;
       path_.Pop();
     }
-    return true;
+    return Parallel(s, rec);
   }
 
   size_t left() const { return static_cast<size_t>(end_ - p_); }
@@ -226,6 +226,29 @@ class Reader {
     }
     error_ = CLmError(kKpErrInternal, "unknown field kind");
     return false;
+  }
+
+  // Once the whole record is in (a driver may follow the arrays it drives), every parallel
+  // array must hold at least as many elements as its driver.
+  bool Parallel(const RecordSchema& s, const char* rec) {
+    for (uint32_t i = 0; i < s.fieldCount; ++i) {
+      const FieldDesc& f = s.fields[i];
+      if (f.kind != FieldKind::kArray || f.drivingCountOffset == FieldDesc::kNoDriver) continue;
+      uint32_t count = Load<uint32_t>(rec, f.countOffset);
+      uint32_t driving = Load<uint32_t>(rec, f.drivingCountOffset);
+      if (count >= driving) continue;
+      const char* driver = "?";
+      for (uint32_t j = 0; j < s.fieldCount; ++j) {
+        if (s.fields[j].kind == FieldKind::kArray &&
+            s.fields[j].countOffset == f.drivingCountOffset) {
+          driver = s.fields[j].name;
+        }
+      }
+      path_.Push(&f);
+      return Fail("holds %u elements, fewer than the %u of %s, which it is read beside", count,
+                  driving, driver);
+    }
+    return true;
   }
 
   static bool ZeroPadding(const uint8_t* p, size_t n) {

@@ -13,7 +13,8 @@
 // Decoding writes straight into the caller's record. Texts and arrays go to the caller's Arena.
 // Every length and count is checked against the bytes that remain before anything is
 // allocated, so decoding allocates at most a small multiple of its input; texts must not hold
-// NUL bytes, padding must be zero, present flags 0 or 1, and no byte may follow the record.
+// NUL bytes, padding must be zero, present flags 0 or 1, no byte may follow the record, and an
+// array read beside another (WIRE_PARALLEL_ARRAY) may not be shorter than it.
 // A failure names the message, the field path and what was wrong, e.g.
 //   "BS_STORE_LIST_RESP GenericStringListResp.texts[2]: text length 900 exceeds the 12 bytes left"
 //

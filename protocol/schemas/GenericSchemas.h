@@ -49,7 +49,7 @@ APPMGR_WIRE_RECORD(GenericListPairReq, WIRE_F(GenericListPairReq, hdr),
                    WIRE_F(GenericListPairReq, selector), WIRE_F(GenericListPairReq, option));
 APPMGR_WIRE_RECORD(GenericListPairResp, WIRE_F(GenericListPairResp, hdr),
                    WIRE_ARRAY(GenericListPairResp, idCount, ids),
-                   WIRE_ARRAY(GenericListPairResp, nameCount, names));
+                   WIRE_PARALLEL_ARRAY(GenericListPairResp, nameCount, names, idCount));
 APPMGR_WIRE_RECORD(GenericUpdateContentReq, WIRE_F(GenericUpdateContentReq, hdr),
                    WIRE_F(GenericUpdateContentReq, id),
                    WIRE_ARRAY(GenericUpdateContentReq, count1, content1),

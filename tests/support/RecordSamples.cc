@@ -29,8 +29,23 @@ const char* SampleText(std::mt19937_64& rng, Arena& storage) {
   return s;
 }
 
+// Arrays read beside each other (a driver and the arrays it drives) get one count, so that a
+// sample always decodes.
+bool InParallelGroup(const RecordSchema& schema, const FieldDesc& f) {
+  if (f.kind != FieldKind::kArray) return false;
+  if (f.drivingCountOffset != FieldDesc::kNoDriver) return true;
+  for (uint32_t i = 0; i < schema.fieldCount; ++i) {
+    if (schema.fields[i].kind == FieldKind::kArray &&
+        schema.fields[i].drivingCountOffset == f.countOffset) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void Fill(const RecordSchema& schema, char* rec, std::mt19937_64& rng, Arena& storage,
           const SampleOptions& o) {
+  const uint32_t groupCount = static_cast<uint32_t>(rng() % (o.maxArray + 1));
   for (uint32_t i = 0; i < schema.fieldCount; ++i) {
     const FieldDesc& f = schema.fields[i];
     switch (f.kind) {
@@ -55,7 +70,8 @@ void Fill(const RecordSchema& schema, char* rec, std::mt19937_64& rng, Arena& st
         Fill(*f.element, rec + f.offset, rng, storage, o);
         break;
       case FieldKind::kArray: {
-        uint32_t count = static_cast<uint32_t>(rng() % (o.maxArray + 1));
+        uint32_t count = InParallelGroup(schema, f) ? groupCount
+                                                    : static_cast<uint32_t>(rng() % (o.maxArray + 1));
         char* items = nullptr;
         if (count) {
           items = static_cast<char*>(storage.Allocate(size_t(count) * f.element->size, 8));

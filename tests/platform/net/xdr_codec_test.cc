@@ -185,6 +185,31 @@ TEST(XdrDecoding, RejectsHostileBytesNamingTheField) {
   }
 }
 
+// A list response is walked by its ids' count and reads names at the same indexes: names
+// shorter than ids would be read past their end, so they are refused; longer ones are harmless.
+TEST(XdrDecoding, AParallelArrayShorterThanItsDriverIsRefused) {
+  struct Case {
+    uint32_t ids, names;
+    bool ok;
+  } cases[] = {{3, 2, false}, {1, 0, false}, {2, 2, true}, {1, 3, true}, {0, 0, true}};
+  for (const Case& c : cases) {
+    Bytes b = Cat({OkRespHdr(), Be32(c.ids)});
+    for (uint32_t i = 0; i < c.ids; ++i) b = Cat({b, Be64(100 + i)});
+    b = Cat({b, Be32(c.names)});
+    for (uint32_t i = 0; i < c.names; ++i) b = Cat({b, Str("n")});
+    GenericListPairResp r;
+    Arena arena;
+    CLmError e = appmgr::wire::DecodeRecord(b.data(), b.size(), r, arena, "t");
+    EXPECT_EQ(!e, c.ok) << c.ids << " ids, " << c.names << " names: " << e.AsString();
+    if (!c.ok) {
+      EXPECT_EQ(e.GetErrorCode(), kKpErrProtocol);
+      EXPECT_EQ(e.AsString(), "t GenericListPairResp.names: holds " + std::to_string(c.names) +
+                                  " elements, fewer than the " + std::to_string(c.ids) +
+                                  " of ids, which it is read beside");
+    }
+  }
+}
+
 TEST(XdrDecoding, RandomBytesNeverCrashOrOverAllocate) {
   std::mt19937_64 rng(99);
   for (int i = 0; i < 3000; ++i) {
