@@ -67,18 +67,18 @@ int BSInterfaceNet::getFLRconflictGUIDS(unsigned long, unsigned long, std::wstri
 }
 
 int BSInterfaceNet::deleteAll(unsigned long id, std::string& errorString, void*) {
-  Exchange x(msg::kBsDeleteAll);
+  Exchange x(msg::kDeleteAll);
   x.request().id = id;
-  x.request().zero = 0;
-  x.request().four = 4;
+  x.request().secondId = 0;
+  x.request().level = kEntityLevelBackupSet;
   return x.Run(errorString);
 }
 
 int BSInterfaceNet::undeleteAll(unsigned long id, std::string& errorString, void*) {
-  Exchange x(msg::kBsUndeleteAll);
+  Exchange x(msg::kUndeleteAll);
   x.request().id = id;
-  x.request().zero = 0;
-  x.request().four = 4;
+  x.request().secondId = 0;
+  x.request().level = kEntityLevelBackupSet;
   return x.Run(errorString);
 }
 

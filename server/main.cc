@@ -21,8 +21,7 @@
 #include "platform/base/EvDebug.h"
 #include "platform/net/Socket.h"
 #include "server/core/Server.h"
-#include "server/handlers/BackupSetHandlers.h"
-#include "server/handlers/CacheHandlers.h"
+#include "server/handlers/AllHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 #include "server/store/Fixture.h"
 #include "server/store/Store.h"
@@ -213,9 +212,7 @@ int Run(const Config& c, const sigset_t& stopSignals) {
   options.tempDirectory = (fs::path(dataDir) / "Temp").string();  // absolute, as logged
   options.maxFileBytes = c.maxFileMb << 20;
   Server server(options);
-  appmgr::server::RegisterBackupSetHandlers(server, *store);
-  appmgr::server::RegisterCacheHandlers(server, *store);
-  appmgr::server::RegisterPreInstallHandlers(server, c.webConsoleUrl);
+  appmgr::server::RegisterAllHandlers(server, *store, {c.webConsoleUrl});
   if (CLmError e = server.Start()) {
     return StartFailed("cannot listen on " + appmgr::net::HostPortText(c.listen, c.port) + ": " +
                        e.Text());

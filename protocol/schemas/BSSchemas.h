@@ -4,8 +4,6 @@
 #include "appmgr/records/BSRecords.h"
 #include "protocol/schemas/GenericSchemas.h"
 
-APPMGR_WIRE_RECORD(RecDelAppIdsReq, WIRE_F(RecDelAppIdsReq, hdr), WIRE_F(RecDelAppIdsReq, id),
-                   WIRE_F(RecDelAppIdsReq, zero), WIRE_F(RecDelAppIdsReq, four));
 APPMGR_WIRE_RECORD(GetDefaultSCForStoreReq, WIRE_F(GetDefaultSCForStoreReq, hdr),
                    WIRE_F(GetDefaultSCForStoreReq, id), WIRE_F(GetDefaultSCForStoreReq, storeName));
 APPMGR_WIRE_RECORD(GetDefaultSCForStoreResp, WIRE_F(GetDefaultSCForStoreResp, hdr),

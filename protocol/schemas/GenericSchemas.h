@@ -56,6 +56,11 @@ APPMGR_WIRE_RECORD(GenericUpdateContentReq, WIRE_F(GenericUpdateContentReq, hdr)
                    WIRE_ARRAY(GenericUpdateContentReq, count2, content2),
                    WIRE_F(GenericUpdateContentReq, flag1), WIRE_F(GenericUpdateContentReq, flag2),
                    WIRE_F(GenericUpdateContentReq, flag3));
+APPMGR_WIRE_RECORD(RecDelAppIdsReq, WIRE_F(RecDelAppIdsReq, hdr), WIRE_F(RecDelAppIdsReq, id),
+                   WIRE_F(RecDelAppIdsReq, secondId), WIRE_F(RecDelAppIdsReq, level));
+APPMGR_WIRE_RECORD(RecDelAppIdsReq1, WIRE_F(RecDelAppIdsReq1, hdr), WIRE_F(RecDelAppIdsReq1, id),
+                   WIRE_F(RecDelAppIdsReq1, secondId), WIRE_F(RecDelAppIdsReq1, level),
+                   WIRE_F(RecDelAppIdsReq1, option));
 
 APPMGR_WIRE_RECORD(EnableServerCacheReq, WIRE_F(EnableServerCacheReq, hdr),
                    WIRE_F(EnableServerCacheReq, jobId));

@@ -29,26 +29,6 @@ CLmError Update(Store& store, const GenericUpdateReq2& req, GenericResp&, Exchan
   return BackupSetStore(store).Update(req.id, req.name, req.value);
 }
 
-// Callers always send 0 and 4 in the last two fields; other values would mean a request this
-// server does not know how to read, so they are refused rather than guessed at.
-CLmError SetContentsDeleted(Store& store, const RecDelAppIdsReq& req, bool deleted) {
-  if (req.zero != 0 || req.four != 4) {
-    return CLmError::Format(kStoreErrInvalidArgument,
-                            "the request's last two fields must be 0 and 4, not %" PRIu64
-                            " and %" PRIu32,
-                            req.zero, req.four);
-  }
-  return BackupSetStore(store).SetContentsDeleted(req.id, deleted);
-}
-
-CLmError DeleteAll(Store& store, const RecDelAppIdsReq& req, GenericResp&, Exchange&) {
-  return SetContentsDeleted(store, req, true);
-}
-
-CLmError UndeleteAll(Store& store, const RecDelAppIdsReq& req, GenericResp&, Exchange&) {
-  return SetContentsDeleted(store, req, false);
-}
-
 CLmError GetProperties(Store& store, const GenericGetPropsReq& req, GenericGetPropsResp& resp,
                        Exchange& x) {
   std::vector<Property> props;
@@ -207,8 +187,6 @@ CLmError SystemStateInfo(Store& store, const APPFLRSystemStateInfoReq& req,
 void RegisterBackupSetHandlers(Server& server, Store& store) {
   Register(server, store, msg::kBsLookup, Lookup);
   Register(server, store, msg::kBsUpdate, Update);
-  Register(server, store, msg::kBsDeleteAll, DeleteAll);
-  Register(server, store, msg::kBsUndeleteAll, UndeleteAll);
   Register(server, store, msg::kBsGetProperties, GetProperties);
   Register(server, store, msg::kBsSetProperties, SetProperties);
   Register(server, store, msg::kBsRemoveProperties, RemoveProperties);

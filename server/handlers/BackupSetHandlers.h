@@ -11,8 +11,7 @@
 // - the flag of both remove-properties messages means "strict": 1 fails (removing nothing) when
 //   any named property is absent, 0 ignores absent names. Remove-by-properties uses only the
 //   names of its elements;
-// - delete-all and undelete-all require their second field to be 0 and their third to be 4, the
-//   values every caller sends; anything else is refused as an invalid argument;
+// - delete-all and undelete-all are the entity tree's (EntityTreeHandlers.h);
 // - the pair-conflict check takes text1 as the source and text2 as the destination of the new
 //   pair; pair1 is the existing pair it conflicts with (all zero when none does) and pair2 the
 //   proposed pair. In each: id1 pair id, id2 backup set, id3 source client, id4 destination

@@ -84,19 +84,6 @@ CLmError BackupSetStore::Update(uint64_t id, const std::string& name, int64_t va
   return txn.Commit();
 }
 
-CLmError BackupSetStore::SetContentsDeleted(uint64_t id, bool deleted) {
-  Txn txn(store_, deleted ? "backup set delete-all" : "backup set undelete-all", Txn::kWrite);
-  Statement set = txn.Prepare("UPDATE backup_sets SET contents_deleted = ?2 WHERE id = ?1");
-  set.BindU64(1, id).BindInt(2, deleted ? 1 : 0);
-  if (CLmError e = set.Run()) return e;
-  if (set.Changes() == 0) return EntityNotFound(EntityKind::kBackupSet, id);
-  Statement subclients =
-      txn.Prepare("UPDATE subclients SET contents_deleted = ?2 WHERE backup_set_id = ?1");
-  subclients.BindU64(1, id).BindInt(2, deleted ? 1 : 0);
-  if (CLmError e = subclients.Run()) return e;
-  return txn.Commit();
-}
-
 CLmError BackupSetStore::DefaultSubclientForStore(uint64_t backupSetId,
                                                   const std::string& storeName,
                                                   uint64_t* subclientId) {

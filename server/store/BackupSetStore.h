@@ -89,10 +89,6 @@ class BackupSetStore {
   // name another backup set of the same instance has is kStoreErrConflict.
   CLmError Update(uint64_t id, const std::string& name, int64_t value);
 
-  // Marks the backup set and the contents of all its subclients deleted (true) or not (false).
-  // Marking twice is not an error.
-  CLmError SetContentsDeleted(uint64_t id, bool deleted);
-
   // The default subclient of the backup set's store named `storeName` (names are compared
   // exactly). Not found when the backup set has no such store or the store has no default.
   CLmError DefaultSubclientForStore(uint64_t backupSetId, const std::string& storeName,

@@ -84,16 +84,16 @@ TEST_F(BSTest, UpdateSendsIdValueAndNameOnly) {
   EXPECT_EQ(seen.hdr.version, 2u);
 }
 
-TEST_F(BSTest, DeleteAndUndeleteAlwaysSendZeroAndFour) {
+TEST_F(BSTest, DeleteAndUndeleteAlwaysSendTheBackupSetLevel) {
   std::vector<std::pair<uint64_t, uint32_t>> seen;
-  auto record = [&](const RecDelAppIdsReq& req, GenericResp&, Exchange&) { seen.push_back({req.zero, req.four}); };
-  server_.On(msg::kBsDeleteAll, record);
-  server_.On(msg::kBsUndeleteAll, record);
+  auto record = [&](const RecDelAppIdsReq& req, GenericResp&, Exchange&) { seen.push_back({req.secondId, req.level}); };
+  server_.On(msg::kDeleteAll, record);
+  server_.On(msg::kUndeleteAll, record);
   EXPECT_EQ(bs_.deleteAll(3, err_, nullptr), 0);
   EXPECT_EQ(bs_.undeleteAll(3, err_, nullptr), 0);
   EXPECT_EQ(seen, (std::vector<std::pair<uint64_t, uint32_t>>{{0, 4}, {0, 4}}));
-  EXPECT_EQ(server_.Count(msg::kBsDeleteAll.requestId), 1u);
-  EXPECT_EQ(server_.Count(msg::kBsUndeleteAll.requestId), 1u);
+  EXPECT_EQ(server_.Count(msg::kDeleteAll.requestId), 1u);
+  EXPECT_EQ(server_.Count(msg::kUndeleteAll.requestId), 1u);
 }
 
 struct Collect : PropCallBack {
@@ -307,3 +307,4 @@ TEST_F(BSTest, OperationsNotProvidedSendNothing) {
 }
 
 }  // namespace
+

@@ -10,9 +10,7 @@
 
 #include "platform/net/MangleHostName.h"
 #include "server/core/Server.h"
-#include "server/handlers/BackupSetHandlers.h"
-#include "server/handlers/CacheHandlers.h"
-#include "server/handlers/PreInstallHandlers.h"
+#include "server/handlers/AllHandlers.h"
 #include "tests/server/TempStore.h"
 
 namespace appmgr::server {
@@ -29,9 +27,7 @@ class ServedStore {
     o.port = 0;
     o.name = "served-store";
     server_ = std::make_unique<Server>(o);
-    RegisterBackupSetHandlers(*server_, t_.store());
-    RegisterCacheHandlers(*server_, t_.store());
-    RegisterPreInstallHandlers(*server_, webConsoleUrl);
+    RegisterAllHandlers(*server_, t_.store(), {webConsoleUrl});
     EXPECT_OK(server_->Start());
   }
   ~ServedStore() { server_->Stop(); }

@@ -66,10 +66,6 @@ INSTANTIATE_TEST_SUITE_P(
                       return s.Lookup(id, &info);
                     }},
         MissingCase{"Update", [](BackupSetStore& s, uint64_t id) { return s.Update(id, "x", 1); }},
-        MissingCase{"DeleteAll",
-                    [](BackupSetStore& s, uint64_t id) { return s.SetContentsDeleted(id, true); }},
-        MissingCase{"UndeleteAll",
-                    [](BackupSetStore& s, uint64_t id) { return s.SetContentsDeleted(id, false); }},
         MissingCase{"DefaultSubclientForStore",
                     [](BackupSetStore& s, uint64_t id) {
                       uint64_t sc = 0;
@@ -135,20 +131,6 @@ TEST_F(BackupSetStoreTest, UpdateRefusesASiblingsNameAndAnEmptyName) {
   ASSERT_OK(sets().Lookup(7, &info));
   EXPECT_EQ(info.name, "defaultBackupSet");
   EXPECT_EQ(info.value, -5);
-}
-
-TEST_F(BackupSetStoreTest, DeleteAllMarksTheBackupSetAndItsSubclientsOnly) {
-  ASSERT_OK(sets().SetContentsDeleted(7, true));
-  EXPECT_EQ(Deleted("backup_sets", 7), 1);
-  EXPECT_EQ(Deleted("subclients", 71), 1);
-  EXPECT_EQ(Deleted("subclients", 72), 1);
-  EXPECT_EQ(Deleted("backup_sets", 8), 0);
-  EXPECT_EQ(Deleted("subclients", 81), 0);
-  ASSERT_OK(sets().SetContentsDeleted(7, true));  // again: not an error
-  ASSERT_OK(sets().SetContentsDeleted(7, false));
-  EXPECT_EQ(Deleted("backup_sets", 7), 0);
-  EXPECT_EQ(Deleted("subclients", 71), 0);
-  EXPECT_EQ(Deleted("subclients", 72), 0);
 }
 
 TEST_F(BackupSetStoreTest, DefaultSubclientForStore) {

@@ -107,8 +107,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case("Lookup", kBsLookup, GenericLookupReq4{.hdr = {}, .id = 42}),
         Case("Update", kBsUpdate, GenericUpdateReq2{.hdr = {}, .id = 42, .name = "x"}),
-        Case("DeleteAll", kBsDeleteAll, RecDelAppIdsReq{.hdr = {}, .id = 42, .four = 4}),
-        Case("UndeleteAll", kBsUndeleteAll, RecDelAppIdsReq{.hdr = {}, .id = 42, .four = 4}),
+        Case("DeleteAll", kDeleteAll, RecDelAppIdsReq{.hdr = {}, .id = 42, .level = 4}),
+        Case("UndeleteAll", kUndeleteAll, RecDelAppIdsReq{.hdr = {}, .id = 42, .level = 4}),
         Case("GetProperties", kBsGetProperties, GenericGetPropsReq{.hdr = {}, .id = 42}),
         Case("SetProperties", kBsSetProperties,
              GenericSetPropsReq{.hdr = {}, .id = 42, .count = 1, .props = gProp}),
@@ -143,12 +143,11 @@ INSTANTIATE_TEST_SUITE_P(
              "the request carries no new name"),
         Case("UpdateToEmptyName", kBsUpdate, GenericUpdateReq2{.hdr = {}, .id = 102, .name = ""},
              kInvalid, "backup set 102 cannot take an empty name"),
-        Case("DeleteAllWithSecondFieldNotZero", kBsDeleteAll,
-             RecDelAppIdsReq{.hdr = {}, .id = 102, .zero = 1, .four = 4}, kInvalid,
-             "the request's last two fields must be 0 and 4, not 1 and 4"),
-        Case("UndeleteAllWithThirdFieldNotFour", kBsUndeleteAll,
-             RecDelAppIdsReq{.hdr = {}, .id = 102}, kInvalid,
-             "the request's last two fields must be 0 and 4, not 0 and 0"),
+        Case("DeleteAllOfABackupSetWithASecondId", kDeleteAll,
+             RecDelAppIdsReq{.hdr = {}, .id = 102, .secondId = 1, .level = 4}, kInvalid,
+             "a level-4 request names its entity by one id; the second id must be 0, not 1"),
+        Case("UndeleteAllOfAnUnknownLevel", kUndeleteAll, RecDelAppIdsReq{.hdr = {}, .id = 102},
+             kInvalid, "entity level 0 is unknown (2 application type, 3 instance, 4 backup set)"),
         Case("SetPropertyWithoutName", kBsSetProperties,
              GenericSetPropsReq{.hdr = {}, .id = 102, .count = 2, .props = gNoName}, kInvalid,
              "property 2 of 2 in the request has no name"),
@@ -224,19 +223,44 @@ TEST_F(HandlersTest, UpdateRenamesAndSetsTheValue) {
   EXPECT_STREQ(r.text, "Database server file system");
 }
 
-TEST_F(HandlersTest, DeleteAllMarksTheBackupSetAndItsSubclientsAndUndeleteAllClearsThem) {
-  RecDelAppIdsReq r = WithId<RecDelAppIdsReq>(102);
-  r.four = 4;
+// Each level reaches the entity it names: backup set 102, instance 13 (backup set 103), and the
+// application type 10 of client 3 (instance 12: backup sets 102 and 105). The application type
+// is deleted through its own request, answered under the delete-all's response id.
+TEST_F(HandlersTest, DeleteAllActsOnTheEntityItsLevelNames) {
+  RecDelAppIdsReq set = WithId<RecDelAppIdsReq>(102), instance = WithId<RecDelAppIdsReq>(13);
+  set.level = kEntityLevelBackupSet;
+  instance.level = kEntityLevelInstance;
+  RecDelAppIdsReq1 appType = WithId<RecDelAppIdsReq1>(3);
+  appType.secondId = 10;
+  appType.level = kEntityLevelAppType;
+  appType.option = 5;
   for (int round = 0; round < 2; ++round) {  // repeating either is not an error
-    EXPECT_EQ(Try(kBsDeleteAll, r).code, 0);
+    EXPECT_EQ(Try(kDeleteAll, set).code, 0);
     EXPECT_EQ(Deleted("backup_sets", 102), 1);
     EXPECT_EQ(Deleted("subclients", 1021), 1);
     EXPECT_EQ(Deleted("subclients", 1022), 1);
     EXPECT_EQ(Deleted("backup_sets", 105), 0) << "another backup set of the instance";
   }
-  EXPECT_EQ(Try(kBsUndeleteAll, r).code, 0);
+  EXPECT_EQ(Try(kUndeleteAll, set).code, 0);
   EXPECT_EQ(Deleted("backup_sets", 102), 0);
   EXPECT_EQ(Deleted("subclients", 1022), 0);
+
+  EXPECT_EQ(Try(kDeleteAll, instance).code, 0);
+  EXPECT_EQ(Deleted("instances", 13), 1);
+  EXPECT_EQ(Deleted("backup_sets", 103), 1);
+  EXPECT_EQ(Deleted("subclients", 1032), 1);
+  EXPECT_EQ(Deleted("backup_sets", 102), 0) << "an instance beside it";
+
+  EXPECT_EQ(Try(kAppTypeDeleteAll, appType).code, 0);
+  EXPECT_EQ(Deleted("instances", 12), 1);
+  EXPECT_EQ(Deleted("backup_sets", 105), 1);
+  EXPECT_EQ(Deleted("subclients", 1051), 1);
+  RecDelAppIdsReq undelete = WithId<RecDelAppIdsReq>(3);
+  undelete.secondId = 10;
+  undelete.level = kEntityLevelAppType;
+  EXPECT_EQ(Try(kUndeleteAll, undelete).code, 0);
+  EXPECT_EQ(Deleted("backup_sets", 105), 0);
+  EXPECT_EQ(Deleted("instances", 13), 1) << "application type 20 was not named";
 }
 
 TEST_F(HandlersTest, GetPropertiesReadsTheSelectedTableInOrder) {

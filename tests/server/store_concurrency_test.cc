@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "server/store/BackupSetStore.h"
+#include "appmgr/records/GenericRecords.h"
+#include "server/store/EntityTreeStore.h"
 #include "server/store/PropertyStore.h"
 #include "tests/server/TempStore.h"
 
@@ -90,7 +92,7 @@ TEST(StoreConcurrency, FourThreadsMixingReadsAndWritesSeeConsistentData) {
         e = props.Get(EntityKind::kBackupSet, own, 0, &got);
         check(!e && got.size() == 1 && got[0].value == std::to_string(k),
               "get property: " + e.Text());
-        e = sets.SetContentsDeleted(own, k % 2 == 0);
+        e = EntityTreeStore(t.store()).SetSubtreeDeleted(kEntityLevelBackupSet, own, 0, k % 2 == 0);
         check(!e, "delete-all: " + e.Text());
         PairConflict conflict;
         e = sets.CheckPairConflict(other, "src", "elsewhere", &conflict);

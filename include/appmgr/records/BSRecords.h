@@ -3,16 +3,6 @@
 
 #include "appmgr/records/GenericRecords.h"
 
-// Marks every application id of a backup set deleted (or undeleted).
-struct RecDelAppIdsReq {
-  AppMgrReqHdr hdr;
-  uint64_t id = 0;     // the backup set
-  uint64_t zero = 0;   // always 0
-  uint32_t four = 0;   // always 4
-};
-static_assert(sizeof(RecDelAppIdsReq) == 56 && offsetof(RecDelAppIdsReq, zero) == 40 &&
-              offsetof(RecDelAppIdsReq, four) == 48);
-
 struct GetDefaultSCForStoreReq {
   AppMgrReqHdr hdr;
   uint64_t id = 0;                  // the backup set

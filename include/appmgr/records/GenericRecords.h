@@ -176,3 +176,33 @@ static_assert(offsetof(GenericUpdateContentReq, content1) == 48 &&
               offsetof(GenericUpdateContentReq, flag1) == 72 &&
               offsetof(GenericUpdateContentReq, flag2) == 76 &&
               offsetof(GenericUpdateContentReq, flag3) == 80);
+
+// The levels of the entity tree that a delete-all or undelete-all names.
+enum EntityLevel : uint32_t {
+  kEntityLevelAppType = 2,    // an application type on a client: id is the client, secondId
+                              // the application type
+  kEntityLevelInstance = 3,   // id is the instance; secondId 0
+  kEntityLevelBackupSet = 4,  // id is the backup set; secondId 0
+};
+
+// Marks an entity and everything under it deleted (or undeleted).
+struct RecDelAppIdsReq {
+  AppMgrReqHdr hdr;
+  uint64_t id = 0;        // the entity, or the client for an application type
+  uint64_t secondId = 0;  // the application type at level 2; 0 otherwise
+  uint32_t level = 0;     // EntityLevel
+};
+static_assert(sizeof(RecDelAppIdsReq) == 56 && offsetof(RecDelAppIdsReq, secondId) == 40 &&
+              offsetof(RecDelAppIdsReq, level) == 48);
+
+// RecDelAppIdsReq with one more field: the application-type delete-all carries its caller's
+// option in what is padding in RecDelAppIdsReq.
+struct RecDelAppIdsReq1 {
+  AppMgrReqHdr hdr;
+  uint64_t id = 0;
+  uint64_t secondId = 0;
+  uint32_t level = 0;
+  uint32_t option = 0;
+};
+static_assert(sizeof(RecDelAppIdsReq1) == 56 && offsetof(RecDelAppIdsReq1, level) == 48 &&
+              offsetof(RecDelAppIdsReq1, option) == 52);

@@ -1,0 +1,35 @@
+#include "server/handlers/AllHandlers.h"
+
+#include "server/handlers/BackupSetHandlers.h"
+#include "server/handlers/CacheHandlers.h"
+#include "server/handlers/EntityTreeHandlers.h"
+#include "server/handlers/PreInstallHandlers.h"
+
+namespace appmgr::server {
+
+// One line per family of messages; each family keeps its own block, so families added side by
+// side do not touch each other's lines.
+void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& config) {
+  RegisterCacheHandlers(server, store);
+  RegisterPreInstallHandlers(server, config.webConsoleUrl);
+
+  RegisterEntityTreeHandlers(server, store);
+
+  RegisterBackupSetHandlers(server, store);
+
+  // clients and application ids
+
+  // global parameters, application properties, client groups, the domain
+
+  // entity lists (the adapters interface)
+
+  // subclients
+
+  // instances and application types
+
+  // alerts, XML routing, log monitoring, certificates
+
+  // snapshot records, mailbox delegates, file transfer
+}
+
+}  // namespace appmgr::server
