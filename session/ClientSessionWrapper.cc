@@ -134,6 +134,15 @@ int ClientSessionWrapper::connectToCH(const std::string& service, std::string& e
   return code;
 }
 
+namespace {
+
+// A failed send that a new connection could cure: the connection broke, closed or timed out.
+bool IsConnectionError(int code) {
+  return code == kKpErrDisconnected || code == kKpErrIo || code == kKpErrTimeout;
+}
+
+}  // namespace
+
 int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long length,
                                std::string& errorString) {
   static constexpr const char* kLabel = "ClientSessionWrapper::send";
@@ -158,7 +167,13 @@ int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long 
     }
     bool timedOut = false;
     CLmError error = m_pSession->SendXDRMessage(msgId, &m_sendBuffer, 0, -1, timedOut);
-    if (error.IsError()) {
+    if (error.IsError() && !IsConnectionError(error.GetErrorCode())) {
+      // A request that cannot be encoded (too large for a frame, no record of its length) is
+      // the caller's: a new connection would refuse it again, so nothing is retried.
+      std::string text;
+      result = LastError(&text);
+      errorMsg(&errorString, "[%s] Request not sent. [%s]", kLabel, text.c_str());
+    } else if (error.IsError()) {
       // The connection is taken as lost: exactly one recovery attempt.
       kpsStatus status = 0;
       m_pSession->AbortConnection(status, 120, timedOut);

@@ -308,3 +308,30 @@ TEST_F(BSTest, OperationsNotProvidedSendNothing) {
 
 }  // namespace
 
+namespace {
+
+// A request that cannot be encoded is the caller's error: it fails once, at once, with a text
+// that says why, and no second connection is made for it.
+TEST_F(BSTest, ARequestAboveTheFrameLimitFailsOnceWithoutReattaching) {
+  server_.Answer(msg::kBsUpdate);
+  long value = 1;
+  ASSERT_EQ(bs_.update(7, "warm-up", value, false, 0, 0, 0, "", err_, nullptr), 0) << err_;
+  const uint64_t connections = server_.core().ConnectionsAccepted();
+
+  const std::string huge(17u << 20, 'n');
+  int status = bs_.update(7, huge, value, false, 0, 0, 0, "", err_, nullptr);
+  EXPECT_EQ(status, kKpErrLimit);
+  EXPECT_NE(err_.find("above the frame limit"), std::string::npos) << err_;
+  EXPECT_EQ(server_.Count(msg::kBsUpdate.requestId), 1u) << "only the warm-up reached the server";
+  EXPECT_EQ(server_.core().ConnectionsAccepted(), connections) << "no re-attach";
+  EXPECT_EQ(err_.rfind("[ClientSessionWrapper::send] Request not sent. [BS_UPDATE_REQ encodes to ", 0), 0u)
+      << err_;
+  EXPECT_EQ(log_.CountContaining("re-sending request to server"), 0u);
+  EXPECT_EQ(log_.CountContaining("Re-attaching"), 0u);
+
+  ASSERT_EQ(bs_.update(7, "after", value, false, 0, 0, 0, "", err_, nullptr), 0)
+      << "the pooled session is still good: " << err_;
+  EXPECT_EQ(server_.core().ConnectionsAccepted(), connections);
+}
+
+}  // namespace

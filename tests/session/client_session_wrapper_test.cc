@@ -100,37 +100,6 @@ TEST_F(WrapperTest, NoServerGivesTheConnectTextAndCode) {
   EXPECT_EQ(log_.CountContaining("Exit(msgId="), 0u) << "no exit line after a failed connect";
 }
 
-TEST_F(WrapperTest, ASendThatFailsTwiceReattachesOnceAndReportsTheResend) {
-  ScriptServer ch;
-  ScriptLookup(ch);
-  // A frame limit too small for the record: every send of it fails, before the wire.
-  Settings(ControlhostAt(ch) + "[Network]\nnMaxFrameBytes = 4096\n");
-  appmgr::net::ReloadFrameLimit();
-  std::vector<std::string> names(200, std::string(40, 'n'));
-  std::vector<AppMgrProps> props(names.size());
-  for (size_t i = 0; i < names.size(); ++i) props[i] = {names[i].c_str(), 1, names[i].c_str()};
-  GenericSetPropsReq req;
-  NetMessage header;  // holds the host name req.hdr points at
-  header.initRequestHeader(req.hdr);
-  req.count = static_cast<uint32_t>(props.size());
-  req.props = props.data();
-  std::string err;
-  int status;
-  {
-    ClientSessionWrapper wrapper(0x1a000000, false);
-    status = wrapper.send(appmgr::msg::kBsSetProperties.requestId, &req, sizeof req, err);
-  }
-  Settings(ControlhostAt(ch));
-  appmgr::net::ReloadFrameLimit();
-  EXPECT_EQ(status, kKpErrLimit);
-  EXPECT_EQ(err.rfind("Error [BS_SET_PROPS_REQ encodes to ", 0), 0u) << err;
-  EXPECT_NE(err.find("re-sending request to server."), std::string::npos) << err;
-  EXPECT_EQ(log_.Count("Lost connnection to server. Re-attaching to controlhoster"), 1u);
-  EXPECT_EQ(log_.Count(" Re-attach succeeded. re-sending request to server."), 1u);
-  EXPECT_EQ(log_.Count("Re-send to server successful."), 0u);
-  EXPECT_EQ(log_.Count("Exit(msgId=872415273(BS_SET_PROPS_REQ)), errorCode[1009]"), 1u);
-}
-
 TEST_F(WrapperTest, AServerRestartUnderABorrowedSessionIsOneReattachAndOneResend) {
   ScriptServer ch;
   ScriptLookup(ch);
