@@ -1,5 +1,6 @@
 #include "interfaces/BSInterfaceNet.h"
 
+#include "appmgr/AppMgrDefs.h"
 #include "appmgr/records/BSRecords.h"
 #include "interfaces/Exchange.h"
 #include "interfaces/PropertyOps.h"

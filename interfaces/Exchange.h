@@ -20,10 +20,12 @@
 
 #include <cstring>
 #include <functional>
+#include <list>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "appmgr/records/GenericRecords.h"
 #include "platform/base/EvDebug.h"
 #include "protocol/Message.h"
 #include "session/ClientSessionWrapper.h"
@@ -136,5 +138,35 @@ class RequestArray {
  private:
   std::vector<Element> items_;
 };
+
+// The content arrays of GenericUpdateContentReq: one AppMgrContent per entry of the caller's
+// list, in list order, each pointing at the caller's string and carrying the one content type
+// of the call sign-extended. A null entry of the list travels as a null text, which the server
+// refuses with a clear error instead of this process crashing on it.
+class ContentArray {
+ public:
+  ContentArray(const std::list<std::string*>& entries, int contentType)
+      : items_(entries, [contentType](AppMgrContent& c, const std::string* entry) {
+          c.text = entry != nullptr ? entry->c_str() : nullptr;
+          c.type = static_cast<int64_t>(contentType);
+        }) {}
+  uint32_t count() const { return items_.count(); }
+  AppMgrContent* data() { return items_.data(); }
+
+ private:
+  RequestArray<AppMgrContent> items_;
+};
+
+// The walk of an id/name pair list: ids[i] and names[i] appended to the caller's lists for every
+// i below the ids' count (the caller's lists are not cleared first). The decoder has refused a
+// response whose names are fewer than its ids, so names[i] is always there; a null name
+// appends an empty string.
+inline void AppendPairs(const GenericListPairResp& r, std::list<unsigned long>& ids,
+                        std::list<std::string>& names) {
+  for (uint32_t i = 0; i < r.idCount; ++i) {
+    ids.push_back(r.ids[i]);
+    names.push_back(Text(r.names[i]));
+  }
+}
 
 }  // namespace appmgr::iface

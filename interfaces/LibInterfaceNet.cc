@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/Exchange.h"
@@ -10,9 +11,6 @@
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
 #include "session/MessageCache.h"
-
-// Shared with the callers' headers; no operation here reads them.
-const char* vmFatalError = "**FatalError**";
 
 namespace {
 
