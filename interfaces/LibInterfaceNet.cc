@@ -32,11 +32,13 @@ bool PoolStats(KpNetworkPool* pool, uint32_t* exists, uint64_t* open, uint64_t* 
 extern "C" {
 
 __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
+  // Each object is returned as a pointer to its interface class, which the caller casts back.
   switch (code) {
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
+
     default:
-      // The other interface classes are not part of this build yet; unknown codes are null too.
+      // Unknown codes, and classes this build does not offer yet, are null.
       return nullptr;
   }
 }

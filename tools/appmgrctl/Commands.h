@@ -1,4 +1,5 @@
-// The commands of appmgrctl: one table, one row per subcommand.
+// The commands of appmgrctl: one table, one row per subcommand, gathered from one source per
+// family of commands (commands/*.cc).
 //
 // A row names the subcommand, gives its help text, declares its arguments on the CLI11
 // subcommand (binding them into an Args), and names the handler that makes the library call.
@@ -25,26 +26,52 @@ namespace appmgrctl {
 
 class Library;
 
-// Every value a command line can carry; each row binds the members it takes.
+// Every value a command line can carry; each row binds the members it takes. The first block
+// serves every family; a family that needs more adds its own block below.
 struct Args {
-  unsigned long id = 0;  // the backup set
+  unsigned long id = 0;   // the entity the command names
+  unsigned long id2 = 0;  // a second id (a client with an application type, a pair, ...)
+  unsigned long id3 = 0;
+  unsigned long id4 = 0;
   std::string name;
+  std::string text;
   long value = 0;
   long table = 0;
   unsigned long type = 0;
-  std::vector<std::string> words;  // NAME=VALUE pairs, or property names
+  int number = 0;
+  bool flag = false;
+  std::vector<std::string> words;  // NAME=VALUE pairs, names, paths
+  std::vector<unsigned long> ids;
   bool replace = false;
   bool strict = false;
+  std::string file;        // an input file (batch, --from-file, a file to put)
+  bool keepGoing = false;  // batch
+
+  // Backup sets.
   std::string store;
   std::string source;
   std::string destination;
   unsigned long pair = 0;
   unsigned long selector = 0;
+
+  // Session and cache.
   unsigned long jobId = 0;
   std::string host;
   std::string hostClient;
-  std::string file;
-  bool keepGoing = false;
+
+  // Clients and application ids.
+
+  // Global parameters, client groups, the domain.
+
+  // Lists.
+
+  // Subclients.
+
+  // Instances and application types.
+
+  // Alerts, XML, log monitoring.
+
+  // Snapshots, mailbox delegates, file transfer.
 };
 
 // What a handler returns.
@@ -75,6 +102,13 @@ struct Command {
   Outcome (*call)(Library& lib, const Args& args);
 };
 
+// The rows of one family: its groups (each once) and its commands, in help order.
+struct CommandFamily {
+  std::span<const CommandGroup> groups;
+  std::span<const Command> commands;
+};
+
+// Every row of every family, in the order of the families above.
 std::span<const Command> CommandTable();
 std::span<const CommandGroup> CommandGroups();
 

@@ -99,9 +99,7 @@ std::unique_ptr<Library> Library::Load(const std::vector<Candidate>& candidates,
                  error)) {
       return nullptr;
     }
-    lib->backupSets_.reset(
-        static_cast<BSInterface*>(lib->getLibraryInterface_(APPMGR_INTERFACE_BACKUP_SET)));
-    if (!lib->backupSets_) {
+    if (lib->Object<BSInterface>(APPMGR_INTERFACE_BACKUP_SET) == nullptr) {
       *error = path + ": getLibraryInterface(" + std::to_string(APPMGR_INTERFACE_BACKUP_SET) +
                ") made no backup-set interface";
       return nullptr;
@@ -113,8 +111,8 @@ std::unique_ptr<Library> Library::Load(const std::vector<Candidate>& candidates,
 }
 
 Library::~Library() {
-  // Explicit, though member order already guarantees it: the object must go before its code.
-  backupSets_.reset();
+  // Explicit, though member order already guarantees it: the objects go before their code.
+  for (Owned& object : objects_) object.reset();
 }
 
 }  // namespace appmgrctl

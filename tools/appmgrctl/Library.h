@@ -17,7 +17,8 @@
 //
 // Load resolves every exported function at once, so a library that is not a complete
 // libappmgrnet.so is refused before anything is sent, and makes the backup-set object through
-// getLibraryInterface. The object is deleted through BSInterface before the library is closed,
+// getLibraryInterface. Object<I>(code) makes the object of any other code on first use and
+// keeps it; every object is deleted through its interface class before the library is closed,
 // since its code lives in the library. Closing releases the handle; the library itself stays
 // mapped until the process ends (RTLD_NODELETE, see Load), because its process-wide state is
 // made to live that long.
@@ -25,6 +26,7 @@
 // Thread-safety: one thread uses a Library; the library's own functions are thread-safe.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +35,14 @@
 #include "appmgr/BSInterface.h"
 
 namespace appmgrctl {
+
+// Deletes an interface object of the library through its own interface class.
+struct InterfaceDestroyer {
+  void (*destroy)(void*) = nullptr;
+  void operator()(void* object) const {
+    if (destroy) destroy(object);
+  }
+};
 
 class Library {
  public:
@@ -57,8 +67,22 @@ class Library {
   // The path dlopen was given.
   const std::string& path() const { return path_; }
 
-  // Owned by this Library; valid until it is destroyed.
-  BSInterface& backupSets() { return *backupSets_; }
+  // The interface object of `code`, made on first use and owned by this Library (valid until
+  // it is destroyed); null when the library makes none for the code. I must be the interface
+  // class that belongs to the code.
+  template <class I>
+  I* Object(AppMgrInterfaceCode code) {
+    const size_t slot = static_cast<size_t>(code);
+    if (slot >= objects_.size()) return nullptr;
+    if (!objects_[slot]) {
+      objects_[slot] = Owned(static_cast<I*>(getLibraryInterface_(code)),
+                             InterfaceDestroyer{[](void* p) { delete static_cast<I*>(p); }});
+    }
+    return static_cast<I*>(objects_[slot].get());
+  }
+
+  // The backup-set object, made at load.
+  BSInterface& backupSets() { return *Object<BSInterface>(APPMGR_INTERFACE_BACKUP_SET); }
 
   // The exported functions of the library (include/appmgr/AppMgrNet.h).
   void EnableClientMessageCache(bool enable) { enableClientMessageCache_(enable ? 1 : 0); }
@@ -80,11 +104,13 @@ class Library {
 
   Library() = default;
 
+  using Owned = std::unique_ptr<void, InterfaceDestroyer>;
+
   std::string path_;
-  // Declared before backupSets_, so it is destroyed after it: the object's destructor is code
-  // of the library.
+  // Declared before objects_, so it is destroyed after them: their destructors are code of the
+  // library.
   std::unique_ptr<void, Closer> handle_;
-  std::unique_ptr<BSInterface> backupSets_;
+  std::array<Owned, 17> objects_;  // by interface code
 
   AppMgrGetLibraryInterfaceFn getLibraryInterface_ = nullptr;
   AppMgrEnableClientMessageCacheFn enableClientMessageCache_ = nullptr;
