@@ -8,16 +8,16 @@
 
 APPMGR_WIRE_RECORD(GetProvidersListReq, WIRE_F(GetProvidersListReq, hdr),
                    WIRE_F(GetProvidersListReq, selector));
-APPMGR_WIRE_RECORD(GetAppIdListReq, WIRE_F(GetAppIdListReq, hdr), WIRE_F(GetAppIdListReq, selector1),
-                   WIRE_F(GetAppIdListReq, selector2), WIRE_F(GetAppIdListReq, selector3),
-                   WIRE_F(GetAppIdListReq, selector4), WIRE_F(GetAppIdListReq, selector5),
-                   WIRE_F(GetAppIdListReq, flag));
+APPMGR_WIRE_RECORD(GetAppIdListReq, WIRE_F(GetAppIdListReq, hdr),
+                   WIRE_F(GetAppIdListReq, selector1), WIRE_F(GetAppIdListReq, selector2),
+                   WIRE_F(GetAppIdListReq, selector3), WIRE_F(GetAppIdListReq, selector4),
+                   WIRE_F(GetAppIdListReq, selector5), WIRE_F(GetAppIdListReq, flag));
 APPMGR_WIRE_RECORD(GetClientListOfTypeReq, WIRE_F(GetClientListOfTypeReq, hdr),
                    WIRE_F(GetClientListOfTypeReq, selector1),
                    WIRE_F(GetClientListOfTypeReq, selector2), WIRE_F(GetClientListOfTypeReq, flag));
-APPMGR_WIRE_RECORD(GetInstanceListReq, WIRE_F(GetInstanceListReq, hdr), WIRE_F(GetInstanceListReq, id1),
-                   WIRE_F(GetInstanceListReq, id2), WIRE_F(GetInstanceListReq, id3),
-                   WIRE_F(GetInstanceListReq, flag));
+APPMGR_WIRE_RECORD(GetInstanceListReq, WIRE_F(GetInstanceListReq, hdr),
+                   WIRE_F(GetInstanceListReq, id1), WIRE_F(GetInstanceListReq, id2),
+                   WIRE_F(GetInstanceListReq, id3), WIRE_F(GetInstanceListReq, flag));
 APPMGR_WIRE_RECORD(GetBackupsetListReq, WIRE_F(GetBackupsetListReq, hdr),
                    WIRE_F(GetBackupsetListReq, id1), WIRE_F(GetBackupsetListReq, id2),
                    WIRE_F(GetBackupsetListReq, id3), WIRE_F(GetBackupsetListReq, flag));
@@ -46,7 +46,8 @@ APPMGR_WIRE_RECORD(GetClientGroupsOfClientReq, WIRE_F(GetClientGroupsOfClientReq
                    WIRE_F(GetClientGroupsOfClientReq, flag));
 APPMGR_WIRE_RECORD(GetEXDMDomainListReq, WIRE_F(GetEXDMDomainListReq, hdr),
                    WIRE_F(GetEXDMDomainListReq, domain));
-APPMGR_WIRE_RECORD(GetCloudListReq, WIRE_F(GetCloudListReq, hdr), WIRE_F(GetCloudListReq, selector));
+APPMGR_WIRE_RECORD(GetCloudListReq, WIRE_F(GetCloudListReq, hdr),
+                   WIRE_F(GetCloudListReq, selector));
 APPMGR_WIRE_RECORD(GetCloudClientListReq, WIRE_F(GetCloudClientListReq, hdr),
                    WIRE_F(GetCloudClientListReq, cloudId));
 

@@ -26,8 +26,10 @@ struct GetAppIdListReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetAppIdListReq) == 80);
-static_assert(offsetof(GetAppIdListReq, selector1) == 32 && offsetof(GetAppIdListReq, selector2) == 40 &&
-              offsetof(GetAppIdListReq, selector3) == 48 && offsetof(GetAppIdListReq, selector4) == 56 &&
+static_assert(offsetof(GetAppIdListReq, selector1) == 32 &&
+              offsetof(GetAppIdListReq, selector2) == 40 &&
+              offsetof(GetAppIdListReq, selector3) == 48 &&
+              offsetof(GetAppIdListReq, selector4) == 56 &&
               offsetof(GetAppIdListReq, selector5) == 64 && offsetof(GetAppIdListReq, flag) == 72);
 
 struct GetClientListOfTypeReq {
@@ -37,7 +39,8 @@ struct GetClientListOfTypeReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetClientListOfTypeReq) == 56);
-static_assert(offsetof(GetClientListOfTypeReq, selector2) == 40 && offsetof(GetClientListOfTypeReq, flag) == 48);
+static_assert(offsetof(GetClientListOfTypeReq, selector2) == 40 &&
+              offsetof(GetClientListOfTypeReq, flag) == 48);
 
 struct GetInstanceListReq {
   AppMgrReqHdr hdr;
@@ -58,8 +61,10 @@ struct GetBackupsetListReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetBackupsetListReq) == 64);
-static_assert(offsetof(GetBackupsetListReq, id1) == 32 && offsetof(GetBackupsetListReq, id2) == 40 &&
-              offsetof(GetBackupsetListReq, id3) == 48 && offsetof(GetBackupsetListReq, flag) == 56);
+static_assert(offsetof(GetBackupsetListReq, id1) == 32 &&
+              offsetof(GetBackupsetListReq, id2) == 40 &&
+              offsetof(GetBackupsetListReq, id3) == 48 &&
+              offsetof(GetBackupsetListReq, flag) == 56);
 
 struct GetSubclientListReq {
   AppMgrReqHdr hdr;
@@ -68,7 +73,8 @@ struct GetSubclientListReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetSubclientListReq) == 56);
-static_assert(offsetof(GetSubclientListReq, id2) == 40 && offsetof(GetSubclientListReq, flag) == 48);
+static_assert(offsetof(GetSubclientListReq, id2) == 40 &&
+              offsetof(GetSubclientListReq, flag) == 48);
 
 struct GetAllSubclientListReq {
   AppMgrReqHdr hdr;
@@ -79,7 +85,8 @@ struct GetAllSubclientListReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetAllSubclientListReq) == 72);
-static_assert(offsetof(GetAllSubclientListReq, id3) == 48 && offsetof(GetAllSubclientListReq, id4) == 56 &&
+static_assert(offsetof(GetAllSubclientListReq, id3) == 48 &&
+              offsetof(GetAllSubclientListReq, id4) == 56 &&
               offsetof(GetAllSubclientListReq, flag) == 64);
 
 struct GetSiblingSCListReq {
@@ -94,21 +101,24 @@ struct GetClientListByAppTypeReq {
   uint64_t selector1 = 0;
   uint64_t selector2 = 0;
 };
-static_assert(sizeof(GetClientListByAppTypeReq) == 48 && offsetof(GetClientListByAppTypeReq, selector2) == 40);
+static_assert(sizeof(GetClientListByAppTypeReq) == 48 &&
+              offsetof(GetClientListByAppTypeReq, selector2) == 40);
 
 struct GetClientListByAppGroupReq {
   AppMgrReqHdr hdr;
   uint64_t selector1 = 0;
   uint64_t selector2 = 0;
 };
-static_assert(sizeof(GetClientListByAppGroupReq) == 48 && offsetof(GetClientListByAppGroupReq, selector2) == 40);
+static_assert(sizeof(GetClientListByAppGroupReq) == 48 &&
+              offsetof(GetClientListByAppGroupReq, selector2) == 40);
 
 struct GetAppIdListByArchIdReq {
   AppMgrReqHdr hdr;
   uint64_t id1 = 0;
   uint64_t id2 = 0;
 };
-static_assert(sizeof(GetAppIdListByArchIdReq) == 48 && offsetof(GetAppIdListByArchIdReq, id2) == 40);
+static_assert(sizeof(GetAppIdListByArchIdReq) == 48 &&
+              offsetof(GetAppIdListByArchIdReq, id2) == 40);
 
 struct GetClientsByClientGroupReq {
   AppMgrReqHdr hdr;
@@ -117,7 +127,8 @@ struct GetClientsByClientGroupReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetClientsByClientGroupReq) == 56);
-static_assert(offsetof(GetClientsByClientGroupReq, id2) == 40 && offsetof(GetClientsByClientGroupReq, flag) == 48);
+static_assert(offsetof(GetClientsByClientGroupReq, id2) == 40 &&
+              offsetof(GetClientsByClientGroupReq, flag) == 48);
 
 struct GetClientGroupsOfClientReq {
   AppMgrReqHdr hdr;
@@ -126,7 +137,8 @@ struct GetClientGroupsOfClientReq {
   uint32_t flag = 0;
 };
 static_assert(sizeof(GetClientGroupsOfClientReq) == 56);
-static_assert(offsetof(GetClientGroupsOfClientReq, id2) == 40 && offsetof(GetClientGroupsOfClientReq, flag) == 48);
+static_assert(offsetof(GetClientGroupsOfClientReq, id2) == 40 &&
+              offsetof(GetClientGroupsOfClientReq, flag) == 48);
 
 // The domain name travels by pointer; it is the caller's string, valid for the call.
 struct GetEXDMDomainListReq {
@@ -159,16 +171,21 @@ struct GetProvidersListResp {
   uint32_t idCount = 0;
   uint64_t* ids = nullptr;
   uint32_t flagCount = 0;
-  uint64_t* flags = nullptr;     // non-zero: true
+  uint64_t* flags = nullptr;  // non-zero: true
   uint32_t valueCount = 0;
   uint64_t* values = nullptr;
 };
 static_assert(sizeof(GetProvidersListResp) == 112);
-static_assert(offsetof(GetProvidersListResp, nameCount) == 32 && offsetof(GetProvidersListResp, names) == 40 &&
-              offsetof(GetProvidersListResp, textCount) == 48 && offsetof(GetProvidersListResp, texts) == 56 &&
-              offsetof(GetProvidersListResp, idCount) == 64 && offsetof(GetProvidersListResp, ids) == 72 &&
-              offsetof(GetProvidersListResp, flagCount) == 80 && offsetof(GetProvidersListResp, flags) == 88 &&
-              offsetof(GetProvidersListResp, valueCount) == 96 && offsetof(GetProvidersListResp, values) == 104);
+static_assert(offsetof(GetProvidersListResp, nameCount) == 32 &&
+              offsetof(GetProvidersListResp, names) == 40 &&
+              offsetof(GetProvidersListResp, textCount) == 48 &&
+              offsetof(GetProvidersListResp, texts) == 56 &&
+              offsetof(GetProvidersListResp, idCount) == 64 &&
+              offsetof(GetProvidersListResp, ids) == 72 &&
+              offsetof(GetProvidersListResp, flagCount) == 80 &&
+              offsetof(GetProvidersListResp, flags) == 88 &&
+              offsetof(GetProvidersListResp, valueCount) == 96 &&
+              offsetof(GetProvidersListResp, values) == 104);
 
 // Ids, names and one flag per member: the answer of the backup-set list.
 struct BackupsetListResp {
@@ -181,8 +198,10 @@ struct BackupsetListResp {
   uint64_t* flags = nullptr;
 };
 static_assert(sizeof(BackupsetListResp) == 80);
-static_assert(offsetof(BackupsetListResp, ids) == 40 && offsetof(BackupsetListResp, nameCount) == 48 &&
-              offsetof(BackupsetListResp, names) == 56 && offsetof(BackupsetListResp, flagCount) == 64 &&
+static_assert(offsetof(BackupsetListResp, ids) == 40 &&
+              offsetof(BackupsetListResp, nameCount) == 48 &&
+              offsetof(BackupsetListResp, names) == 56 &&
+              offsetof(BackupsetListResp, flagCount) == 64 &&
               offsetof(BackupsetListResp, flags) == 72);
 
 // The same shape as BackupsetListResp, for subclients.
@@ -207,7 +226,8 @@ struct GetAllSubclientListResp {
   const char** names = nullptr;
 };
 static_assert(sizeof(GetAllSubclientListResp) == 64);
-static_assert(offsetof(GetAllSubclientListResp, ids) == 40 && offsetof(GetAllSubclientListResp, names) == 56);
+static_assert(offsetof(GetAllSubclientListResp, ids) == 40 &&
+              offsetof(GetAllSubclientListResp, names) == 56);
 
 // Ids and names, then five values that describe the subclient the request named.
 struct SiblingSCListResp {
@@ -223,9 +243,12 @@ struct SiblingSCListResp {
   uint64_t value5 = 0;
 };
 static_assert(sizeof(SiblingSCListResp) == 104);
-static_assert(offsetof(SiblingSCListResp, names) == 56 && offsetof(SiblingSCListResp, value1) == 64 &&
-              offsetof(SiblingSCListResp, value2) == 72 && offsetof(SiblingSCListResp, value3) == 80 &&
-              offsetof(SiblingSCListResp, value4) == 88 && offsetof(SiblingSCListResp, value5) == 96);
+static_assert(offsetof(SiblingSCListResp, names) == 56 &&
+              offsetof(SiblingSCListResp, value1) == 64 &&
+              offsetof(SiblingSCListResp, value2) == 72 &&
+              offsetof(SiblingSCListResp, value3) == 80 &&
+              offsetof(SiblingSCListResp, value4) == 88 &&
+              offsetof(SiblingSCListResp, value5) == 96);
 
 // Ids, one 64-bit value per member, then the names.
 struct ClientListWOSResp {
@@ -238,8 +261,10 @@ struct ClientListWOSResp {
   const char** names = nullptr;
 };
 static_assert(sizeof(ClientListWOSResp) == 80);
-static_assert(offsetof(ClientListWOSResp, ids) == 40 && offsetof(ClientListWOSResp, valueCount) == 48 &&
-              offsetof(ClientListWOSResp, values) == 56 && offsetof(ClientListWOSResp, nameCount) == 64 &&
+static_assert(offsetof(ClientListWOSResp, ids) == 40 &&
+              offsetof(ClientListWOSResp, valueCount) == 48 &&
+              offsetof(ClientListWOSResp, values) == 56 &&
+              offsetof(ClientListWOSResp, nameCount) == 64 &&
               offsetof(ClientListWOSResp, names) == 72);
 
 // Ids, three further 64-bit arrays and two string arrays.
@@ -259,9 +284,12 @@ struct GetEXDMDomainListResp {
   const char** texts2 = nullptr;
 };
 static_assert(sizeof(GetEXDMDomainListResp) == 128);
-static_assert(offsetof(GetEXDMDomainListResp, ids) == 40 && offsetof(GetEXDMDomainListResp, values1) == 56 &&
-              offsetof(GetEXDMDomainListResp, values2) == 72 && offsetof(GetEXDMDomainListResp, values3) == 88 &&
-              offsetof(GetEXDMDomainListResp, texts1) == 104 && offsetof(GetEXDMDomainListResp, texts2) == 120);
+static_assert(offsetof(GetEXDMDomainListResp, ids) == 40 &&
+              offsetof(GetEXDMDomainListResp, values1) == 56 &&
+              offsetof(GetEXDMDomainListResp, values2) == 72 &&
+              offsetof(GetEXDMDomainListResp, values3) == 88 &&
+              offsetof(GetEXDMDomainListResp, texts1) == 104 &&
+              offsetof(GetEXDMDomainListResp, texts2) == 120);
 
 struct GetCloudListResp {
   AppMgrRespHdr hdr;
@@ -282,5 +310,6 @@ struct GetCloudClientListResp {
   uint64_t* ids2 = nullptr;
 };
 static_assert(sizeof(GetCloudClientListResp) == 64);
-static_assert(offsetof(GetCloudClientListResp, ids1) == 40 && offsetof(GetCloudClientListResp, id2Count) == 48 &&
+static_assert(offsetof(GetCloudClientListResp, ids1) == 40 &&
+              offsetof(GetCloudClientListResp, id2Count) == 48 &&
               offsetof(GetCloudClientListResp, ids2) == 56);
