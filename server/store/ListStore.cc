@@ -28,7 +28,9 @@ class Query {
   // A condition with one '?' for `value`.
   void Filter(std::string condition, std::variant<uint64_t, std::string_view> value) {
     params_.push_back(value);
-    condition.replace(condition.find('?'), 1, "?" + std::to_string(params_.size()));
+    std::string number = "?";
+    number += std::to_string(params_.size());
+    condition.replace(condition.find('?'), 1, number);
     where_.push_back(std::move(condition));
   }
   void Condition(const char* condition) { where_.push_back(condition); }

@@ -78,12 +78,14 @@ class Collect : public ListSink {
     return fail;
   }
   void Row(const ListRow& row) override {
+    // Appended piece by piece: GCC 12 at -O3 warns (-Wrestrict) about "literal" + string.
     std::string s = std::to_string(row.id);
-    if (!row.name.empty()) s += " " + std::string(row.name);
-    if (parts_ & kText) s += " [" + std::string(row.text) + "]";
+    if (!row.name.empty()) s.append(" ").append(row.name);
+    if (parts_ & kText) s.append(" [").append(row.text).append("]");
     if (parts_ & kValues) {
-      s += " (" + std::to_string(row.values[0]) + "," + std::to_string(row.values[1]) + "," +
-           std::to_string(row.values[2]) + ")";
+      s.append(" (").append(std::to_string(row.values[0])).append(",");
+      s.append(std::to_string(row.values[1])).append(",");
+      s.append(std::to_string(row.values[2])).append(")");
     }
     if (!out.empty()) out += "; ";
     out += s;
