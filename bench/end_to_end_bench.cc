@@ -3,13 +3,20 @@
 // frames of the same sizes with as many threads, apart and interleaved. Calls per second are
 // items_per_second; "median_us" is the median round trip per thread. The client-side cache is
 // off, so every call reaches the server.
+//
+// Then AdaptersInterfaceNet::getClientList of 10,000 clients, against a second appmgrd whose
+// store holds them, beside the ping-pong of its frame sizes, apart and interleaved.
 #include <benchmark/benchmark.h>
 
+#include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 
+#include "adapters/AdaptersInterfaceNet.h"
 #include "bench/BenchSupport.h"
 #include "interfaces/BSInterfaceNet.h"
+#include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/NetMessage.h"
 #include "tests/support/AppmgrdProcess.h"
@@ -120,6 +127,144 @@ void BM_LookupVsPingPongInterleaved(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_LookupVsPingPongInterleaved)->Threads(1)->Threads(2)->UseRealTime();
+
+// ---- A list of 10,000 clients ----
+
+constexpr int kListClients = 10000;
+
+// The second appmgrd, its store filled from a generated fixture of kListClients clients
+// ("client-00001", ...), and this process's settings pointed at it. Started on the first list
+// benchmark's thread, after the lookups are done with the first server.
+AppmgrdProcess& ListServer() {
+  static AppmgrdProcess* server = [] {
+    auto dir =
+        std::filesystem::temp_directory_path() / ("appmgr-list-bench-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    std::string fixture = (dir / "clients.json").string();
+    {
+      std::ofstream out(fixture);
+      out << "{\"format\": 1, \"clients\": [";
+      char name[32];
+      for (int i = 1; i <= kListClients; ++i) {
+        std::snprintf(name, sizeof name, "client-%05d", i);
+        out << (i > 1 ? "," : "") << "{\"id\": " << i << ", \"name\": \"" << name
+            << "\", \"hostName\": \"" << name << ".lab\"}";
+      }
+      out << "]}";
+    }
+    AppmgrdProcess::Options o;
+    o.fixture = fixture;
+    o.logLevel = 1;
+    auto* p = new AppmgrdProcess(o);
+    std::string path = (dir / "settings.ini").string();
+    std::ofstream(path)
+        << "[Controlhost]\nsHOSTNAME = " << p->host()
+        << "\nsCLIENTNAME = controlhost\n[EventManager]\nnDebugLevel = 1\nsLogDirectory = "
+        << (dir / "log").string() << "\n";
+    KpSettings::Instance().Load(path);
+    EvLog::ConfigureFromSettings();
+    // The pool still points at the first server: forget it, so the next call attaches here.
+    AppMgrSessionPoolSingleton::cleanUpSessionPool();
+    ClientSessionWrapper::enableMessageCache(false);
+    return p;
+  }();
+  return *server;
+}
+
+// One getClientList of every client; false (and the benchmark skipped) on failure.
+bool ListClients(benchmark::State& state, AdaptersInterfaceNet& adapters) {
+  std::list<unsigned long> ids;
+  std::list<std::string> names;
+  std::string err;
+  if (adapters.getClientList(ids, names, err, 0, nullptr, 0) != 0) {
+    state.SkipWithError(err.c_str());
+    return false;
+  }
+  if (ids.size() != size_t(kListClients)) {
+    state.SkipWithError("the list is not the whole store");
+    return false;
+  }
+  benchmark::DoNotOptimize(names);
+  return true;
+}
+
+// The frame sizes of that list: the request with this machine's host name, the answer as
+// appmgrd encodes it.
+void ListFrameSizes(size_t* request, size_t* response) {
+  GenericListPairReq req;
+  NetMessage header;
+  header.initRequestHeader(req.hdr);
+  GenericListPairResp resp;
+  resp.hdr.version = 2;
+  std::vector<uint64_t> ids;
+  std::vector<std::string> names;
+  std::vector<const char*> pointers;
+  char name[32];
+  for (int i = 1; i <= kListClients; ++i) {
+    ids.push_back(uint64_t(i));
+    std::snprintf(name, sizeof name, "client-%05d", i);
+    names.emplace_back(name);
+  }
+  for (const std::string& n : names) pointers.push_back(n.c_str());
+  resp.idCount = resp.nameCount = uint32_t(kListClients);
+  resp.ids = ids.data();
+  resp.names = pointers.data();
+  std::vector<uint8_t> a, b;
+  appmgr::wire::EncodeRecord(req, a);
+  appmgr::wire::EncodeRecord(resp, b);
+  *request = appmgr::net::kFrameHeaderBytes + a.size();
+  *response = appmgr::net::kFrameHeaderBytes + b.size();
+}
+
+void BM_ClientList10kEndToEnd(benchmark::State& state) {
+  ListServer();
+  AdaptersInterfaceNet adapters;
+  Latencies lat;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    if (!ListClients(state, adapters)) break;
+    lat.Add(start);
+  }
+  lat.Report(state);
+  state.SetItemsProcessed(state.iterations() * kListClients);
+}
+BENCHMARK(BM_ClientList10kEndToEnd)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_ClientList10kPingPong(benchmark::State& state) {
+  size_t in = 0, out = 0;
+  ListFrameSizes(&in, &out);
+  RunPingPong(state, in, out);
+}
+BENCHMARK(BM_ClientList10kPingPong)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// The list and the ping-pong in turn; "list_vs_pingpong" is the ratio of the medians.
+void BM_ClientList10kVsPingPongInterleaved(benchmark::State& state) {
+  ListServer();
+  size_t in = 0, out = 0;
+  ListFrameSizes(&in, &out);
+  AdaptersInterfaceNet adapters;
+  Latencies lists, plain;
+  {
+    PingPong pingPong(in, out);
+    for (auto _ : state) {
+      auto start = std::chrono::steady_clock::now();
+      if (!ListClients(state, adapters)) break;
+      lists.Add(start);
+      start = std::chrono::steady_clock::now();
+      if (!pingPong.RoundTrip()) {
+        state.SkipWithError("ping-pong failed");
+        break;
+      }
+      plain.Add(start);
+    }
+  }
+  double list = lists.Median(), ping = plain.Median();
+  lists.Report(state, "list_");
+  plain.Report(state, "pingpong_");
+  if (ping > 0) state.counters["list_vs_pingpong"] = list / ping;
+  state.counters["response_bytes"] = double(out);
+}
+BENCHMARK(BM_ClientList10kVsPingPongInterleaved)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

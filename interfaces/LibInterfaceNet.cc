@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "adapters/AdaptersInterfaceNet.h"
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/BSInterfaceNet.h"
@@ -34,6 +35,9 @@ extern "C" {
 __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
   // Each object is returned as a pointer to its interface class, which the caller casts back.
   switch (code) {
+    case APPMGR_INTERFACE_ADAPTERS:
+      return static_cast<AdaptersInterface*>(new AdaptersInterfaceNet());
+
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
 

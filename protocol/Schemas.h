@@ -3,3 +3,4 @@
 
 #include "protocol/schemas/BSSchemas.h"
 #include "protocol/schemas/GenericSchemas.h"
+#include "protocol/schemas/ListSchemas.h"

@@ -91,6 +91,9 @@ ctl --json bs props 102
 say "Ask whether a new replication pair would clash with an existing one, and who owns the set."
 ctl bs pair-conflict 105 'D:\Data' /replica/new
 ctl bs client-id 105
+say "List the clients of a group by host name, and one client's backup sets, deleted ones too."
+ctl list clients --group 1 --host-names
+ctl list backupsets --client 3 --deleted
 
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.

@@ -3,6 +3,7 @@
 #include "server/handlers/BackupSetHandlers.h"
 #include "server/handlers/CacheHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
+#include "server/handlers/ListHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 
 namespace appmgr::server {
@@ -22,6 +23,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   // global parameters, application properties, client groups, the domain
 
   // entity lists (the adapters interface)
+  RegisterListHandlers(server, store);
 
   // subclients
 

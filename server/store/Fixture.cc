@@ -80,6 +80,11 @@ class Loader {
   void GlobalParam(const json& j, const std::string& path);
   void AppProperty(const json& j, const std::string& path);
   void CacheEntry(const json& j, const std::string& path);
+  // Entity lists.
+  void Provider(const json& j, const std::string& path);
+  void Cloud(const json& j, const std::string& path);
+  void DomainClient(const json& j, const std::string& path);
+  void AppId(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
   const std::string source_;
@@ -251,7 +256,8 @@ void Loader::Require(EntityKind kind, uint64_t id, const std::string& path) {
 CLmError Loader::Load(const json& root) {
   if (!Object(root, "",
               {"format", "domain", "appTypes", "clients", "clientGroups", "instances", "backupSets",
-               "properties", "globalParams", "appProperties", "preparedCache"})) {
+               "properties", "globalParams", "appProperties", "preparedCache", "providers",
+               "clouds", "domainClients", "appIds"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -278,6 +284,11 @@ CLmError Loader::Load(const json& root) {
           [&](const json& j, const std::string& p) { AppProperty(j, p); });
   ForEach(root, "", "preparedCache",
           [&](const json& j, const std::string& p) { CacheEntry(j, p); });
+  ForEach(root, "", "providers", [&](const json& j, const std::string& p) { Provider(j, p); });
+  ForEach(root, "", "clouds", [&](const json& j, const std::string& p) { Cloud(j, p); });
+  ForEach(root, "", "domainClients",
+          [&](const json& j, const std::string& p) { DomainClient(j, p); });
+  ForEach(root, "", "appIds", [&](const json& j, const std::string& p) { AppId(j, p); });
   return error_;
 }
 
@@ -667,6 +678,81 @@ void Loader::CacheEntry(const json& j, const std::string& path) {
   st.BindU64(1, job).BindInt(2, MessageId(j, path, "requestId"));
   st.BindInt(3, MessageId(j, path, "responseId"));
   st.BindBlob(4, Bytes(j, path, "request")).BindBlob(5, Bytes(j, path, "response"));
+  Run(st, path);
+}
+
+void Loader::Provider(const json& j, const std::string& path) {
+  if (!Object(j, path, {"id", "name", "description", "type", "disabled", "value"})) return;
+  Statement st = txn_.Prepare(
+      "INSERT INTO providers (id, name, description, provider_type, enabled, value)"
+      " VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
+  st.BindU64(1, U64(j, path, "id", true)).BindText(2, Text(j, path, "name", true));
+  st.BindText(3, Text(j, path, "description")).BindU64(4, U64(j, path, "type"));
+  st.BindInt(5, Flag(j, path, "disabled") ? 0 : 1).BindU64(6, U64(j, path, "value"));
+  Run(st, path);
+}
+
+void Loader::Cloud(const json& j, const std::string& path) {
+  if (!Object(j, path, {"id", "name", "type", "clients"})) return;
+  uint64_t id = U64(j, path, "id", true);
+  Statement st = txn_.Prepare("INSERT INTO clouds (id, name, cloud_type) VALUES (?1, ?2, ?3)");
+  st.BindU64(1, id).BindText(2, Text(j, path, "name", true)).BindU64(3, U64(j, path, "type"));
+  Run(st, path);
+  ForEach(j, path, "clients", [&](const json& c, const std::string& cp) {
+    if (!Object(c, cp, {"client", "accessNode"})) return;
+    uint64_t client = U64(c, cp, "client", true);
+    Require(EntityKind::kClient, client, cp);
+    Statement ins = txn_.Prepare(
+        "INSERT INTO cloud_clients (cloud_id, client_id, access_node_id) VALUES (?1, ?2, ?3)");
+    ins.BindU64(1, id).BindU64(2, client);
+    if (c.contains("accessNode")) {
+      uint64_t node = U64(c, cp, "accessNode");
+      Require(EntityKind::kClient, node, cp);
+      ins.BindU64(3, node);
+    } else {
+      ins.BindNull(3);
+    }
+    Run(ins, cp);
+  });
+}
+
+void Loader::DomainClient(const json& j, const std::string& path) {
+  if (!Object(j, path, {"domain", "client", "value1", "value2", "value3"})) return;
+  uint64_t client = U64(j, path, "client", true);
+  Require(EntityKind::kClient, client, path);
+  Statement st = txn_.Prepare(
+      "INSERT INTO exdm_domain_clients (domain, client_id, value1, value2, value3)"
+      " VALUES (?1, ?2, ?3, ?4, ?5)");
+  st.BindText(1, Text(j, path, "domain", true)).BindU64(2, client);
+  st.BindU64(3, U64(j, path, "value1")).BindU64(4, U64(j, path, "value2"));
+  st.BindU64(5, U64(j, path, "value3"));
+  Run(st, path);
+}
+
+void Loader::AppId(const json& j, const std::string& path) {
+  if (!Object(j, path,
+              {"id", "number0", "number1", "number2", "number3", "number4", "number5", "number6",
+               "number7", "number8", "text0", "text1", "text2", "option", "archiveGroup",
+               "incrArchiveGroup"})) {
+    return;
+  }
+  uint64_t option = U64(j, path, "option");
+  if (ok() && option > UINT32_MAX) {
+    Fail(path, kStoreErrInvalidArgument, "'option' must fit in 32 unsigned bits");
+  }
+  Statement st = txn_.Prepare(
+      "INSERT INTO app_ids (id, number0, number1, number2, number3, number4, number5, number6,"
+      " number7, number8, text0, text1, text2, option_value, archive_group_id,"
+      " incr_archive_group_id)"
+      " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16)");
+  st.BindU64(1, U64(j, path, "id", true));
+  const char* numbers[] = {"number0", "number1", "number2", "number3", "number4",
+                           "number5", "number6", "number7", "number8"};
+  for (int i = 0; i < 9; ++i) st.BindU64(2 + i, U64(j, path, numbers[i]));
+  const char* texts[] = {"text0", "text1", "text2"};
+  for (int i = 0; i < 3; ++i) st.BindText(11 + i, Text(j, path, texts[i]));
+  st.BindU64(14, option).BindU64(15, U64(j, path, "archiveGroup"));
+  st.BindU64(16, U64(j, path, "incrArchiveGroup"));
   Run(st, path);
 }
 

@@ -28,6 +28,11 @@
 //   appProperties   {id1, id2, value}
 //   preparedCache   {jobId, requestId, responseId, request, response}; the ids are numbers or
 //                   "0x..." strings, request and response hex strings of the encoded bytes
+//   providers       {id, name, description, type, disabled, value}
+//   clouds          {id, name, type, clients: [{client, accessNode}]} (no accessNode: none)
+//   domainClients   {domain, client, value1, value2, value3}: a client listed in a domain
+//   appIds          {id, number0 ... number8, text0 ... text2, option, archiveGroup,
+//                    incrArchiveGroup}
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

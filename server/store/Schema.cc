@@ -336,8 +336,57 @@ CREATE TABLE server_cache_entries (
 ) STRICT, WITHOUT ROWID;
 )sql";
 
+// Migration 2: what the entity lists read beyond the entity tree (providers, clouds and their
+// clients, the client lists of domains), and the indexes that let every list filter find its
+// rows without a scan.
+constexpr const char* kMigrationEntityLists = R"sql(
+CREATE TABLE providers (
+  id            INTEGER PRIMARY KEY CHECK (id > 0),
+  name          TEXT NOT NULL COLLATE NOCASE UNIQUE CHECK (name <> ''),
+  description   TEXT NOT NULL DEFAULT '',
+  provider_type INTEGER NOT NULL DEFAULT 0,
+  enabled       INTEGER NOT NULL DEFAULT 1 CHECK (enabled IN (0, 1)),
+  value         INTEGER NOT NULL DEFAULT 0
+) STRICT;
+CREATE INDEX providers_by_type ON providers(provider_type);
+
+CREATE TABLE clouds (
+  id         INTEGER PRIMARY KEY CHECK (id > 0),
+  name       TEXT NOT NULL COLLATE NOCASE UNIQUE CHECK (name <> ''),
+  cloud_type INTEGER NOT NULL DEFAULT 0
+) STRICT;
+CREATE INDEX clouds_by_type ON clouds(cloud_type);
+
+-- A client served by a cloud, and the client that gives it access (null: none). The access
+-- node is a reference, not ownership: it blocks deleting that client.
+CREATE TABLE cloud_clients (
+  cloud_id       INTEGER NOT NULL REFERENCES clouds(id) ON DELETE CASCADE,
+  client_id      INTEGER NOT NULL REFERENCES clients(id) ON DELETE CASCADE,
+  access_node_id INTEGER REFERENCES clients(id),
+  PRIMARY KEY (cloud_id, client_id)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX cloud_clients_by_client ON cloud_clients(client_id);
+CREATE INDEX cloud_clients_by_access_node ON cloud_clients(access_node_id);
+
+-- A client listed in a (directory) domain by name, with three values kept for it.
+CREATE TABLE exdm_domain_clients (
+  domain    TEXT NOT NULL COLLATE NOCASE CHECK (domain <> ''),
+  client_id INTEGER NOT NULL REFERENCES clients(id) ON DELETE CASCADE,
+  value1    INTEGER NOT NULL DEFAULT 0,
+  value2    INTEGER NOT NULL DEFAULT 0,
+  value3    INTEGER NOT NULL DEFAULT 0,
+  PRIMARY KEY (domain, client_id)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX exdm_domain_clients_by_client ON exdm_domain_clients(client_id);
+
+CREATE INDEX app_ids_by_number0 ON app_ids(number0);
+CREATE INDEX app_ids_by_archive_group ON app_ids(archive_group_id, incr_archive_group_id);
+CREATE INDEX app_ids_by_incr_archive_group ON app_ids(incr_archive_group_id);
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
+    {2, "entity lists", kMigrationEntityLists},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

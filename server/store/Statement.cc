@@ -132,6 +132,13 @@ std::string Statement::Text(int column) const {
                      static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
 }
 
+std::string_view Statement::TextView(int column) const {
+  const unsigned char* text = sqlite3_column_text(stmt_, column);
+  if (text == nullptr) return std::string_view();
+  return std::string_view(reinterpret_cast<const char*>(text),
+                          static_cast<size_t>(sqlite3_column_bytes(stmt_, column)));
+}
+
 std::vector<uint8_t> Statement::Blob(int column) const {
   const auto* data = static_cast<const uint8_t*>(sqlite3_column_blob(stmt_, column));
   int size = sqlite3_column_bytes(stmt_, column);

@@ -54,6 +54,9 @@ class Statement {
   int64_t Int(int column) const;
   uint64_t U64(int column) const;
   std::string Text(int column) const;  // NULL reads as ""
+  // The text without a copy: valid until the next Step, reset or end of the statement. For
+  // long lists, whose texts go straight into an answer.
+  std::string_view TextView(int column) const;
   std::vector<uint8_t> Blob(int column) const;
   bool IsNull(int column) const;
 

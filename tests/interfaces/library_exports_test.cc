@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "appmgr/AdaptersInterface.h"
 #include "appmgr/AppMgrNet.h"
 #include "appmgr/BSInterface.h"
 #include "tests/session/SessionFixture.h"
@@ -86,6 +87,29 @@ TEST_F(LibraryTest, TheFactoryMakesTheBackupSetInterfaceAndNullForOtherCodes) {
   EXPECT_EQ(Lookup(*b, 31), "bs-31");
   delete a;
   delete b;
+}
+
+TEST_F(LibraryTest, TheFactoryMakesAWorkingAdaptersInterfaceForCodeOne) {
+  server_->On(appmgr::msg::kGetClientList, [](const GenericListPairReq& req, GenericListPairResp& resp,
+                                              appmgr::server::Exchange& x) {
+    resp.idCount = resp.nameCount = 1;
+    resp.ids = x.Array<uint64_t>(1);
+    resp.ids[0] = req.selector + 1;
+    resp.names = x.Array<const char*>(1);
+    resp.names[0] = x.Text("client-" + std::to_string(req.option));
+  });
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<AdaptersInterface> adapters(static_cast<AdaptersInterface*>(get(APPMGR_INTERFACE_ADAPTERS)));
+  ASSERT_NE(adapters, nullptr);
+  std::list<unsigned long> ids{5};
+  std::list<std::string> names{"five"};
+  std::string err;
+  ASSERT_EQ(adapters->getClientList(ids, names, err, 41, nullptr, 3), 0) << err;
+  EXPECT_EQ(ids, (std::list<unsigned long>{5, 42}));
+  EXPECT_EQ(names, (std::list<std::string>{"five", "client-3"}));
+  EXPECT_EQ(adapters->lookupkeys(1, names, err, nullptr), 0xa0010);
+  EXPECT_EQ(err, "Api not implemented.");
+  EXPECT_EQ(adapters->setOpRules(1, names, err, nullptr), 0);
 }
 
 TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {

@@ -31,6 +31,7 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/Cache.inc"
 #include "tests/protocol/pins/EntityTree.inc"
 #include "tests/protocol/pins/BackupSet.inc"
+#include "tests/protocol/pins/Lists.inc"
 };
 
 std::string Hex(uint32_t id) {

@@ -166,6 +166,34 @@ INSTANTIATE_TEST_SUITE_P(
                  "top level: unknown member 'backupsets'"}),
     [](const testing::TestParamInfo<BadEntry>& i) { return std::string(i.param.name); });
 
+// The members the entity lists read.
+INSTANTIATE_TEST_SUITE_P(
+    ListCases, FixtureWithABadEntry,
+    testing::Values(
+        BadEntry{"cloud_client_missing",
+                 R"([{"op": "add", "path": "/clouds",
+                      "value": [{"id": 1, "name": "c", "clients": [{"client": 99}]}]}])",
+                 kStoreErrNotFound, "clouds[0].clients[0]: client 99 does not exist"},
+        BadEntry{"cloud_access_node_missing",
+                 R"([{"op": "add", "path": "/clouds",
+                      "value": [{"id": 1, "name": "c",
+                                 "clients": [{"client": 3, "accessNode": 98}]}]}])",
+                 kStoreErrNotFound, "clouds[0].clients[0]: client 98 does not exist"},
+        BadEntry{"provider_name_in_another_case",
+                 R"([{"op": "add", "path": "/providers",
+                      "value": [{"id": 1, "name": "Disk"}, {"id": 2, "name": "disk"}]}])",
+                 kStoreErrConflict,
+                 "providers[1]: inserting: UNIQUE constraint failed: providers.name"},
+        BadEntry{"domain_client_missing",
+                 R"([{"op": "add", "path": "/domainClients",
+                      "value": [{"domain": "LAB", "client": 5}]}])",
+                 kStoreErrNotFound, "domainClients[0]: client 5 does not exist"},
+        BadEntry{"app_id_option_above_32_bits",
+                 R"([{"op": "add", "path": "/appIds",
+                      "value": [{"id": 1, "option": 4294967296}]}])",
+                 kStoreErrInvalidArgument, "appIds[0]: 'option' must fit in 32 unsigned bits"}),
+    [](const testing::TestParamInfo<BadEntry>& i) { return std::string(i.param.name); });
+
 TEST(Fixture, AFailureKeepsWhatWasThereBefore) {
   TempStore t;
   ASSERT_OK(t.Open());

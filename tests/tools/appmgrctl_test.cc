@@ -503,4 +503,93 @@ TEST(AppmgrctlLoadTest, FindsTheLibraryOfItsOwnBuildTree) {
   EXPECT_EQ(json::parse(run.out)["totalCalls"], 0);
 }
 
+// ---- Entity lists ----
+
+TEST_F(AppmgrctlTest, ListsPrintTheServersMembersAsTablesAndJson) {
+  CtlRun run = Ctl({"list", "backupsets", "--client", "3", "--deleted"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "ID   NAME              DELETED\n"
+            "102  defaultBackupSet  false\n"
+            "103  databases         false\n"
+            "105  replication       false\n"
+            "106  retired           true\n");
+  run = Ctl({"list", "cloud-clients", "1"});
+  EXPECT_EQ(run.out,
+            "CLIENT  ACCESSNODE\n"
+            "3       2\n"
+            "4       -\n");
+
+  struct Case {
+    std::vector<std::string> args;
+    json expected;
+  };
+  const Case cases[] = {
+      {{"list", "clients", "--platform", "4", "--host-names"},
+       json::array({{{"id", 3}, {"hostName", "db01.lab.example.net"}},
+                    {{"id", 4}, {"hostName", "fs02.lab.example.net"}}})},
+      {{"list", "clients", "--group", "1", "--app-type", "20"},
+       json::array({{{"id", 3}, {"name", "db01"}}})},
+      {{"list", "clients", "--with-platform"},
+       json::array({{{"id", 2}, {"name", "controlhost"}, {"platform", 1}},
+                    {{"id", 3}, {"name", "db01"}, {"platform", 4}},
+                    {{"id", 4}, {"name", "fs02"}, {"platform", 4}}})},
+      {{"list", "instances", "--app-type", "10", "--group", "1"},
+       json::array({{{"id", 12}, {"name", "default"}}, {{"id", 14}, {"name", "default"}}})},
+      {{"list", "subclients", "--client", "3", "--app-type", "20"},
+       json::array({{{"id", 1031}, {"name", "default"}}, {{"id", 1032}, {"name", "hourly-logs"}}})},
+      {{"list", "subclients", "--backupset", "106", "--deleted"},
+       json::array({{{"id", 1061}, {"name", "default"}, {"deleted", true}}})},
+      {{"list", "siblings", "1021"},
+       {{"subclient", 1021},
+        {"client", 3},
+        {"appType", 10},
+        {"instance", 12},
+        {"backupSet", 102},
+        {"defaultSubclient", 1021},
+        {"siblings", json::array({{{"id", 1022}, {"name", "logs"}}})}}},
+      {{"list", "groups", "--client", "3", "--also-client", "4"},
+       json::array({{{"id", 1}, {"name", "Production servers"}}})},
+      {{"list", "providers", "--type", "2"},
+       json::array({{{"id", 2},
+                     {"name", "Object store"},
+                     {"description", "https://s3.lab.example.net"},
+                     {"enabled", true},
+                     {"value", 16}}})},
+      {{"list", "appids", "--archive-group", "9"},
+       {"103|3|1031|0|0|0|0|db01|SQL Database|SALESDB"}},
+      {{"list", "clouds", "--type", "7"}, json::array()},
+      {{"list", "domain-clients", "dmz"},
+       json::array({{{"client", 2},
+                     {"name", "controlhost"},
+                     {"domain", "DMZ"},
+                     {"value1", 2},
+                     {"value2", 1},
+                     {"value3", 22}}})},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(CtlJson(c.args), c.expected) << Describe(c.args);
+  }
+}
+
+TEST_F(AppmgrctlTest, ListFailuresAndFilterCombinationsNoListTakes) {
+  CtlRun run = Ctl({"list", "instances", "--client", "42"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "error 1: client 42 does not exist\n");
+  run = Ctl({"list", "cloud-clients", "9"});
+  EXPECT_EQ(run.err, "error 1: cloud 9 does not exist\n");
+
+  for (std::vector<std::string> args : {
+           std::vector<std::string>{"list", "clients", "--with-platform", "--group", "1"},
+           {"list", "clients", "--group", "1", "--app-type", "10", "--platform", "4"},
+           {"list", "appids", "--number0", "3", "--archive-group", "7"},
+           {"list", "siblings"},
+       }) {
+    run = Ctl(args);
+    EXPECT_EQ(run.status, 2) << Describe(args) << ": " << run.err;
+    EXPECT_EQ(run.out, "") << Describe(args);
+  }
+}
+
 }  // namespace

@@ -25,6 +25,8 @@ Outcome Outcome::Failed(int status, std::string error) {
 // them. One line each, kept apart, so families added side by side touch different lines.
 CommandFamily BackupSetCommands();
 
+CommandFamily ListCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -40,6 +42,8 @@ struct Table {
 
   Table() {
     Add(BackupSetCommands());
+
+    Add(ListCommands());
 
     Add(GeneralCommands());
   }

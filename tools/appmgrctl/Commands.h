@@ -63,7 +63,25 @@ struct Args {
 
   // Global parameters, client groups, the domain.
 
-  // Lists.
+  // Lists: the filters of "list ..." (0: any).
+  unsigned long listClient = 0;
+  unsigned long listSecondClient = 0;
+  unsigned long listAppType = 0;
+  unsigned long listInstance = 0;
+  unsigned long listBackupSet = 0;
+  unsigned long listSubclient = 0;
+  unsigned long listGroup = 0;
+  unsigned long listCloud = 0;
+  unsigned long listDomainId = 0;
+  unsigned long listPlatformBits = 0;
+  unsigned long listType = 0;
+  unsigned long listArchiveGroup = 0;
+  unsigned long listIncrArchiveGroup = 0;
+  unsigned long listAppIdNumbers[5] = {};
+  std::string listDomainName;
+  bool listDeleted = false;
+  bool listHostNames = false;
+  bool listWithPlatform = false;
 
   // Subclients.
 
