@@ -5,7 +5,9 @@
 
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
+#include "interfaces/AppIdInterfaceNet.h"
 #include "interfaces/BSInterfaceNet.h"
+#include "interfaces/ClientInterfaceNet.h"
 #include "interfaces/Exchange.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
@@ -34,6 +36,10 @@ extern "C" {
 __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
   // Each object is returned as a pointer to its interface class, which the caller casts back.
   switch (code) {
+    case APPMGR_INTERFACE_APP_ID:
+      return static_cast<AppIdInterface*>(new AppIdInterfaceNet());
+    case APPMGR_INTERFACE_CLIENT:
+      return static_cast<ClientInterface*>(new ClientInterfaceNet());
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
 
