@@ -80,6 +80,8 @@ class Loader {
   void GlobalParam(const json& j, const std::string& path);
   void AppProperty(const json& j, const std::string& path);
   void CacheEntry(const json& j, const std::string& path);
+  void AsmInstance(const json& j, const std::string& path);
+  void AppId(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
   const std::string source_;
@@ -251,7 +253,8 @@ void Loader::Require(EntityKind kind, uint64_t id, const std::string& path) {
 CLmError Loader::Load(const json& root) {
   if (!Object(root, "",
               {"format", "domain", "appTypes", "clients", "clientGroups", "instances", "backupSets",
-               "properties", "globalParams", "appProperties", "preparedCache"})) {
+               "properties", "globalParams", "appProperties", "preparedCache", "asmInstances",
+               "appIds"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -278,6 +281,9 @@ CLmError Loader::Load(const json& root) {
           [&](const json& j, const std::string& p) { AppProperty(j, p); });
   ForEach(root, "", "preparedCache",
           [&](const json& j, const std::string& p) { CacheEntry(j, p); });
+  ForEach(root, "", "asmInstances",
+          [&](const json& j, const std::string& p) { AsmInstance(j, p); });
+  ForEach(root, "", "appIds", [&](const json& j, const std::string& p) { AppId(j, p); });
   return error_;
 }
 
@@ -667,6 +673,46 @@ void Loader::CacheEntry(const json& j, const std::string& path) {
   st.BindU64(1, job).BindInt(2, MessageId(j, path, "requestId"));
   st.BindInt(3, MessageId(j, path, "responseId"));
   st.BindBlob(4, Bytes(j, path, "request")).BindBlob(5, Bytes(j, path, "response"));
+  Run(st, path);
+}
+
+void Loader::AsmInstance(const json& j, const std::string& path) {
+  if (!ok()) return;
+  if (!j.is_number_unsigned()) {
+    Fail(path, kStoreErrInvalidArgument, "an ASM instance is an instance id");
+    return;
+  }
+  uint64_t instance = j.get<uint64_t>();
+  Require(EntityKind::kInstance, instance, path);
+  Statement st = txn_.Prepare("INSERT INTO asm_instances (instance_id) VALUES (?1)");
+  st.BindU64(1, instance);
+  Run(st, path);
+}
+
+void Loader::AppId(const json& j, const std::string& path) {
+  if (!Object(j, path,
+              {"id", "number1", "number2", "number3", "number4", "number5", "number6", "number7",
+               "number8", "text0", "text1", "text2", "option", "archiveGroup",
+               "incrArchiveGroup"})) {
+    return;
+  }
+  uint64_t option = U64(j, path, "option");
+  if (ok() && option > UINT32_MAX) {
+    Fail(path, kStoreErrInvalidArgument, "'option' must fit in 32 unsigned bits");
+  }
+  Statement st = txn_.Prepare(
+      "INSERT INTO app_ids (id, number0, number1, number2, number3, number4, number5, number6,"
+      " number7, number8, text0, text1, text2, option_value, archive_group_id,"
+      " incr_archive_group_id)"
+      " VALUES (?1, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)");
+  st.BindU64(1, U64(j, path, "id", true));
+  const char* numbers[] = {"number1", "number2", "number3", "number4",
+                           "number5", "number6", "number7", "number8"};
+  for (int i = 0; i < 8; ++i) st.BindU64(2 + i, U64(j, path, numbers[i]));
+  const char* texts[] = {"text0", "text1", "text2"};
+  for (int i = 0; i < 3; ++i) st.BindText(10 + i, Text(j, path, texts[i]));
+  st.BindU64(13, option).BindU64(14, U64(j, path, "archiveGroup"));
+  st.BindU64(15, U64(j, path, "incrArchiveGroup"));
   Run(st, path);
 }
 

@@ -28,6 +28,9 @@
 //   appProperties   {id1, id2, value}
 //   preparedCache   {jobId, requestId, responseId, request, response}; the ids are numbers or
 //                   "0x..." strings, request and response hex strings of the encoded bytes
+//   asmInstances    instance ids: the instances that are ASM instances
+//   appIds          {id, number1 ... number8, text0, text1, text2, option, archiveGroup,
+//                    incrArchiveGroup}; id is the application id's number 0
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out
