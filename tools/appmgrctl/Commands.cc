@@ -25,6 +25,9 @@ Outcome Outcome::Failed(int status, std::string error) {
 // them. One line each, kept apart, so families added side by side touch different lines.
 CommandFamily BackupSetCommands();
 
+CommandFamily ClientCommands();
+CommandFamily AppIdCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -40,6 +43,9 @@ struct Table {
 
   Table() {
     Add(BackupSetCommands());
+
+    Add(ClientCommands());
+    Add(AppIdCommands());
 
     Add(GeneralCommands());
   }
