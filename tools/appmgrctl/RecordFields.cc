@@ -14,16 +14,16 @@
 namespace appmgrctl {
 namespace {
 
-const FieldSpec* Find(std::span<const FieldSpec> specs, std::string_view name) {
-  for (const FieldSpec& s : specs) {
+const RecordField* Find(std::span<const RecordField> known, std::string_view name) {
+  for (const RecordField& s : known) {
     if (s.name == name) return &s;
   }
   return nullptr;
 }
 
-std::string Names(std::span<const FieldSpec> specs) {
+std::string Names(std::span<const RecordField> known) {
   std::string list;
-  for (const FieldSpec& s : specs) {
+  for (const RecordField& s : known) {
     if (s.kind == FieldKind::kOutputOnly) continue;
     list += (list.empty() ? "" : ", ") + std::string(s.name);
   }
@@ -69,40 +69,40 @@ bool Fits(FieldKind kind, const Json& v) {
   return false;
 }
 
-void AddMembers(std::span<const FieldSpec> specs, const Json& object, const std::string& prefix,
+void AddMembers(std::span<const RecordField> known, const Json& object, const std::string& prefix,
                 const std::string& path, Json& fields) {
   for (const auto& [key, value] : object.items()) {
     const std::string name = prefix + key;
     if (value.is_object()) {
-      AddMembers(specs, value, name + ".", path, fields);
+      AddMembers(known, value, name + ".", path, fields);
       continue;
     }
-    const FieldSpec* spec = Find(specs, name);
-    if (spec == nullptr) {
-      Refuse(path, "unknown field '" + name + "'; the fields are " + Names(specs));
+    const RecordField* field = Find(known, name);
+    if (field == nullptr) {
+      Refuse(path, "unknown field '" + name + "'; the fields are " + Names(known));
     }
-    if (!Fits(spec->kind, value)) {
-      Refuse(path, "'" + name + "' must be " + KindText(spec->kind));
+    if (!Fits(field->kind, value)) {
+      Refuse(path, "'" + name + "' must be " + KindText(field->kind));
     }
-    if (spec->kind != FieldKind::kOutputOnly) fields[name] = value;
+    if (field->kind != FieldKind::kOutputOnly) fields[name] = value;
   }
 }
 
 }  // namespace
 
-void AddSetWords(std::span<const FieldSpec> specs, const std::vector<std::string>& words,
+void AddSetWords(std::span<const RecordField> known, const std::vector<std::string>& words,
                  Json& fields) {
   for (const std::string& word : words) {
     size_t eq = word.find('=');
     if (eq == std::string::npos || eq == 0) Refuse("--set " + word, "not FIELD=VALUE");
     const std::string name = word.substr(0, eq);
     const std::string text = word.substr(eq + 1);
-    const FieldSpec* spec = Find(specs, name);
-    if (spec == nullptr || spec->kind == FieldKind::kOutputOnly) {
-      Refuse("--set " + word, "unknown field '" + name + "'; the fields are " + Names(specs));
+    const RecordField* field = Find(known, name);
+    if (field == nullptr || field->kind == FieldKind::kOutputOnly) {
+      Refuse("--set " + word, "unknown field '" + name + "'; the fields are " + Names(known));
     }
     bool ok = true;
-    switch (spec->kind) {
+    switch (field->kind) {
       case FieldKind::kUnsigned: {
         unsigned long v = 0;
         ok = ParseNumber(text, &v);
@@ -126,11 +126,11 @@ void AddSetWords(std::span<const FieldSpec> specs, const std::vector<std::string
         fields[name] = text;
         break;
     }
-    if (!ok) Refuse("--set " + word, "'" + name + "' must be " + KindText(spec->kind));
+    if (!ok) Refuse("--set " + word, "'" + name + "' must be " + KindText(field->kind));
   }
 }
 
-void AddRecordFile(std::span<const FieldSpec> specs, const std::string& path, Json& fields) {
+void AddRecordFile(std::span<const RecordField> known, const std::string& path, Json& fields) {
   std::ifstream in(path, std::ios::binary);
   if (!in) Refuse(path, std::string("cannot be read: ") + std::strerror(errno));
   std::stringstream text;
@@ -138,7 +138,7 @@ void AddRecordFile(std::span<const FieldSpec> specs, const std::string& path, Js
   Json record = Json::parse(text.str(), nullptr, /*allow_exceptions=*/false);
   if (record.is_discarded()) Refuse(path, "not valid JSON");
   if (!record.is_object()) Refuse(path, "not a JSON object (a record, as --json prints one)");
-  AddMembers(specs, record, "", path, fields);
+  AddMembers(known, record, "", path, fields);
 }
 
 }  // namespace appmgrctl

@@ -29,19 +29,19 @@ enum class FieldKind {
   kOutputOnly,  // printed, accepted in a file and ignored there, refused by --set
 };
 
-struct FieldSpec {
+struct RecordField {
   std::string_view name;
   FieldKind kind;
 };
 
 // Adds FIELD=VALUE words to `fields`. Numbers are decimal or 0x hexadecimal. Throws
 // CLI::ValidationError naming the word for an unknown field or a value that does not fit.
-void AddSetWords(std::span<const FieldSpec> specs, const std::vector<std::string>& words,
+void AddSetWords(std::span<const RecordField> known, const std::vector<std::string>& words,
                  Json& fields);
 
 // Adds the members of the JSON object in the file at `path`. Throws CLI::ValidationError for a
 // file that cannot be read, is not a JSON object, or has an unknown field or a value that does
 // not fit.
-void AddRecordFile(std::span<const FieldSpec> specs, const std::string& path, Json& fields);
+void AddRecordFile(std::span<const RecordField> known, const std::string& path, Json& fields);
 
 }  // namespace appmgrctl

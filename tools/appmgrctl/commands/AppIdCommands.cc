@@ -11,18 +11,18 @@ namespace {
 
 // The application id as appmgrctl prints and reads it: the record's own numbering, and its text
 // form, which is printed only.
-const std::vector<FieldSpec>& AppIdSpecs() {
-  static const std::vector<FieldSpec> specs = [] {
+const std::vector<RecordField>& KnownAppIdFields() {
+  static const std::vector<RecordField> known = [] {
     static const char* const kNumbers[] = {"number0", "number1", "number2", "number3", "number4",
                                            "number5", "number6", "number7", "number8"};
-    std::vector<FieldSpec> out;
+    std::vector<RecordField> out;
     for (const char* n : kNumbers) out.push_back({n, FieldKind::kUnsigned});
     for (const char* t : {"text0", "text1", "text2"}) out.push_back({t, FieldKind::kText});
     out.push_back({"option", FieldKind::kUnsigned32});
     out.push_back({"textForm", FieldKind::kOutputOnly});
     return out;
   }();
-  return specs;
+  return known;
 }
 
 AppIdInfo FromFields(const Json& fields) {
@@ -66,8 +66,8 @@ void RecordArgs(CLI::App& cmd, Args& a, bool withId) {
                  "a JSON record, as `appid lookup --json` prints one; its fields come first");
   cmd.callback([&a, &cmd, withId] {
     a.fields = Json::object();
-    if (!a.file.empty()) AddRecordFile(AppIdSpecs(), a.file, a.fields);
-    AddSetWords(AppIdSpecs(), a.sets, a.fields);
+    if (!a.file.empty()) AddRecordFile(KnownAppIdFields(), a.file, a.fields);
+    AddSetWords(KnownAppIdFields(), a.sets, a.fields);
     if (withId && cmd.count("ID")) a.fields["number0"] = a.id;
   });
 }

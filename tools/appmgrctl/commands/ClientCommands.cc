@@ -18,7 +18,7 @@ using Platforms = std::array<ClientPlatformInfo, kClientPlatformCount>;
 // record where it gives one (docs/server.md); the others are the record's own numbering.
 
 struct ClientField {
-  FieldSpec spec;
+  RecordField field;
   unsigned long _AppClientInfo::*number = nullptr;
   std::string _AppClientInfo::*text = nullptr;
   int platform = -1;  // platformN.value and platformN.text: N - 1
@@ -67,19 +67,19 @@ const std::vector<ClientField>& ClientFields() {
   return fields;
 }
 
-const std::vector<FieldSpec>& ClientSpecs() {
-  static const std::vector<FieldSpec> specs = [] {
-    std::vector<FieldSpec> out;
-    for (const ClientField& f : ClientFields()) out.push_back(f.spec);
+const std::vector<RecordField>& KnownClientFields() {
+  static const std::vector<RecordField> known = [] {
+    std::vector<RecordField> out;
+    for (const ClientField& f : ClientFields()) out.push_back(f.field);
     return out;
   }();
-  return specs;
+  return known;
 }
 
 // Lays checked fields (RecordFields.h) over a client record.
 void Apply(const Json& fields, _AppClientInfo& info, Platforms& platforms) {
   for (const ClientField& f : ClientFields()) {
-    auto it = fields.find(std::string(f.spec.name));
+    auto it = fields.find(std::string(f.field.name));
     if (it == fields.end()) continue;
     if (f.number) {
       info.*f.number = it->get<unsigned long>();
@@ -87,7 +87,7 @@ void Apply(const Json& fields, _AppClientInfo& info, Platforms& platforms) {
       info.*f.text = it->get<std::string>();
     } else if (f.platform >= 0) {
       ClientPlatformInfo& p = platforms[static_cast<size_t>(f.platform)];
-      if (f.spec.kind == FieldKind::kText) {
+      if (f.field.kind == FieldKind::kText) {
         p.text = it->get<std::string>();
       } else {
         p.value = it->get<unsigned long>();
@@ -158,8 +158,8 @@ void RecordArgs(CLI::App& cmd, Args& a, bool create) {
                  "a JSON record, as `client lookup --json` prints one; its fields come first");
   cmd.callback([&a, &cmd, create] {
     a.fields = Json::object();
-    if (!a.file.empty()) AddRecordFile(ClientSpecs(), a.file, a.fields);
-    AddSetWords(ClientSpecs(), a.sets, a.fields);
+    if (!a.file.empty()) AddRecordFile(KnownClientFields(), a.file, a.fields);
+    AddSetWords(KnownClientFields(), a.sets, a.fields);
     if (cmd.count("--name")) a.fields["name"] = a.name;
     if (cmd.count("--host")) a.fields["hostName"] = a.host;
     if (create && !a.fields.contains("name")) {
