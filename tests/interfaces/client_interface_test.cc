@@ -74,9 +74,8 @@ class ClientTest : public SessionFixture {
     r.text8 = x.Text("t8");
     r.platformCount = 3;
     r.platforms = x.Array<ClientPlatInfo>(3);
-    for (uint64_t i = 0; i < 3; ++i) {
-      r.platforms[i] = {10 + i, x.Text("p" + std::to_string(i))};
-    }
+    const char* texts[] = {"p0", "p1", "p2"};
+    for (uint64_t i = 0; i < 3; ++i) r.platforms[i] = {10 + i, x.Text(texts[i])};
   }
 
   static _AppClientInfo Caller() {
