@@ -75,9 +75,9 @@ class Exchange {
 
   // Send, receive, verify. 0, or the failing step's status.
   int Run(std::string& errorString) {
-    int status = wrapper_.send(op_.requestId, &request_, sizeof request_, errorString);
+    int status = Send(errorString);
     if (status != 0) return status;
-    status = wrapper_.receive(op_.responseId, &response_, sizeof response_, errorString);
+    status = Receive(errorString);
     if (status != 0) return status;
     status = message_.verifyResponseHeader(response_.hdr);
     if (status != 0) errorString = Text(response_.hdr.errorText);
@@ -92,8 +92,16 @@ class Exchange {
   // Send and receive only; the header is not verified (the operation reads it itself, or the
   // server's error travels inside the answer).
   int SendReceive(std::string& errorString) {
-    int status = wrapper_.send(op_.requestId, &request_, sizeof request_, errorString);
+    int status = Send(errorString);
     if (status != 0) return status;
+    return Receive(errorString);
+  }
+
+  // The two transport steps on their own, for operations that report each one separately.
+  int Send(std::string& errorString) {
+    return wrapper_.send(op_.requestId, &request_, sizeof request_, errorString);
+  }
+  int Receive(std::string& errorString) {
     return wrapper_.receive(op_.responseId, &response_, sizeof response_, errorString);
   }
 

@@ -6,7 +6,9 @@
 #include "adapters/AdaptersInterfaceNet.h"
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
+#include "interfaces/AppIdInterfaceNet.h"
 #include "interfaces/BSInterfaceNet.h"
+#include "interfaces/ClientInterfaceNet.h"
 #include "interfaces/Exchange.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
@@ -38,6 +40,10 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
     case APPMGR_INTERFACE_ADAPTERS:
       return static_cast<AdaptersInterface*>(new AdaptersInterfaceNet());
 
+    case APPMGR_INTERFACE_APP_ID:
+      return static_cast<AppIdInterface*>(new AppIdInterfaceNet());
+    case APPMGR_INTERFACE_CLIENT:
+      return static_cast<ClientInterface*>(new ClientInterfaceNet());
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
 

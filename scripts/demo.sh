@@ -95,6 +95,20 @@ say "List the clients of a group by host name, and one client's backup sets, del
 ctl list clients --group 1 --host-names
 ctl list backupsets --client 3 --deleted
 
+say "Create a client, look it up by name, and remove it again."
+ctl client create --name web01 --host web01.lab.example.net --set platformType=1 \
+  --set platform1.value=1 --set 'platform1.text=Linux x86-64'
+ctl --json client lookup --name WEB01
+ctl client remove 5
+say "A client that still has application types is not removed: the server says what is left."
+status=0
+ctl client remove 3 || status=$?
+echo "(exit status $status)"
+say "Which replication writes to fs02, and an application id of db01 by its object."
+ctl client replication-sets 4
+ctl appid lookup --set number3=3 --set number4=20 --set number5=13 --set number6=103 \
+  --set number7=1031 --set text0=SALESDB
+
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.
 cat >"$run/batch.txt" <<'EOF'

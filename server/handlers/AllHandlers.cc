@@ -1,7 +1,9 @@
 #include "server/handlers/AllHandlers.h"
 
+#include "server/handlers/AppIdHandlers.h"
 #include "server/handlers/BackupSetHandlers.h"
 #include "server/handlers/CacheHandlers.h"
+#include "server/handlers/ClientHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
 #include "server/handlers/ListHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
@@ -19,6 +21,8 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterBackupSetHandlers(server, store);
 
   // clients and application ids
+  RegisterClientHandlers(server, store);
+  RegisterAppIdHandlers(server, store);
 
   // global parameters, application properties, client groups, the domain
 

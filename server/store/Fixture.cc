@@ -84,6 +84,7 @@ class Loader {
   void Provider(const json& j, const std::string& path);
   void Cloud(const json& j, const std::string& path);
   void DomainClient(const json& j, const std::string& path);
+  void AsmInstance(const json& j, const std::string& path);
   void AppId(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
@@ -257,7 +258,7 @@ CLmError Loader::Load(const json& root) {
   if (!Object(root, "",
               {"format", "domain", "appTypes", "clients", "clientGroups", "instances", "backupSets",
                "properties", "globalParams", "appProperties", "preparedCache", "providers",
-               "clouds", "domainClients", "appIds"})) {
+               "clouds", "domainClients", "asmInstances", "appIds"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -288,6 +289,8 @@ CLmError Loader::Load(const json& root) {
   ForEach(root, "", "clouds", [&](const json& j, const std::string& p) { Cloud(j, p); });
   ForEach(root, "", "domainClients",
           [&](const json& j, const std::string& p) { DomainClient(j, p); });
+  ForEach(root, "", "asmInstances",
+          [&](const json& j, const std::string& p) { AsmInstance(j, p); });
   ForEach(root, "", "appIds", [&](const json& j, const std::string& p) { AppId(j, p); });
   return error_;
 }
@@ -729,10 +732,23 @@ void Loader::DomainClient(const json& j, const std::string& path) {
   Run(st, path);
 }
 
+void Loader::AsmInstance(const json& j, const std::string& path) {
+  if (!ok()) return;
+  if (!j.is_number_unsigned()) {
+    Fail(path, kStoreErrInvalidArgument, "an ASM instance is an instance id");
+    return;
+  }
+  uint64_t instance = j.get<uint64_t>();
+  Require(EntityKind::kInstance, instance, path);
+  Statement st = txn_.Prepare("INSERT INTO asm_instances (instance_id) VALUES (?1)");
+  st.BindU64(1, instance);
+  Run(st, path);
+}
+
 void Loader::AppId(const json& j, const std::string& path) {
   if (!Object(j, path,
-              {"id", "number0", "number1", "number2", "number3", "number4", "number5", "number6",
-               "number7", "number8", "text0", "text1", "text2", "option", "archiveGroup",
+              {"id", "number1", "number2", "number3", "number4", "number5", "number6", "number7",
+               "number8", "text0", "text1", "text2", "option", "archiveGroup",
                "incrArchiveGroup"})) {
     return;
   }
@@ -744,15 +760,15 @@ void Loader::AppId(const json& j, const std::string& path) {
       "INSERT INTO app_ids (id, number0, number1, number2, number3, number4, number5, number6,"
       " number7, number8, text0, text1, text2, option_value, archive_group_id,"
       " incr_archive_group_id)"
-      " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16)");
+      " VALUES (?1, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)");
   st.BindU64(1, U64(j, path, "id", true));
-  const char* numbers[] = {"number0", "number1", "number2", "number3", "number4",
+  const char* numbers[] = {"number1", "number2", "number3", "number4",
                            "number5", "number6", "number7", "number8"};
-  for (int i = 0; i < 9; ++i) st.BindU64(2 + i, U64(j, path, numbers[i]));
+  for (int i = 0; i < 8; ++i) st.BindU64(2 + i, U64(j, path, numbers[i]));
   const char* texts[] = {"text0", "text1", "text2"};
-  for (int i = 0; i < 3; ++i) st.BindText(11 + i, Text(j, path, texts[i]));
-  st.BindU64(14, option).BindU64(15, U64(j, path, "archiveGroup"));
-  st.BindU64(16, U64(j, path, "incrArchiveGroup"));
+  for (int i = 0; i < 3; ++i) st.BindText(10 + i, Text(j, path, texts[i]));
+  st.BindU64(13, option).BindU64(14, U64(j, path, "archiveGroup"));
+  st.BindU64(15, U64(j, path, "incrArchiveGroup"));
   Run(st, path);
 }
 

@@ -31,8 +31,9 @@
 //   providers       {id, name, description, type, disabled, value}
 //   clouds          {id, name, type, clients: [{client, accessNode}]} (no accessNode: none)
 //   domainClients   {domain, client, value1, value2, value3}: a client listed in a domain
-//   appIds          {id, number0 ... number8, text0 ... text2, option, archiveGroup,
-//                    incrArchiveGroup}
+//   asmInstances    instance ids: the instances that are ASM instances
+//   appIds          {id, number1 ... number8, text0, text1, text2, option, archiveGroup,
+//                    incrArchiveGroup}; id is the application id's number 0
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

@@ -190,8 +190,10 @@ CLmError ListStore::Providers(uint64_t type, ListSink& sink) {
 CLmError ListStore::AppIds(const uint64_t (&numbers)[5], ListSink& sink) {
   Txn txn(store_, "application id list", Txn::kRead);
   Query q(kAppIdColumns, "app_ids a", "a.id");
-  static const char* const kConditions[] = {"a.number0 = ?", "a.number1 = ?", "a.number2 = ?",
-                                            "a.number3 = ?", "a.number4 = ?"};
+  // The five selectors are the first five numbers of the object an id stands for (numbers 3
+  // to 7: client, application type, instance, backup set, subclient in the demo's convention).
+  static const char* const kConditions[] = {"a.number3 = ?", "a.number4 = ?", "a.number5 = ?",
+                                            "a.number6 = ?", "a.number7 = ?"};
   for (int i = 0; i < 5; ++i) {
     if (numbers[i]) q.Filter(kConditions[i], numbers[i]);
   }

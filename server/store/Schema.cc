@@ -379,14 +379,50 @@ CREATE TABLE exdm_domain_clients (
 ) STRICT, WITHOUT ROWID;
 CREATE INDEX exdm_domain_clients_by_client ON exdm_domain_clients(client_id);
 
-CREATE INDEX app_ids_by_number0 ON app_ids(number0);
 CREATE INDEX app_ids_by_archive_group ON app_ids(archive_group_id, incr_archive_group_id);
 CREATE INDEX app_ids_by_incr_archive_group ON app_ids(incr_archive_group_id);
+)sql";
+
+// Migration 3: what clients and application ids need beyond the entity tree.
+//
+// Ids the server assigns come from id_counters, one row per table: the next id is one above the
+// larger of the counter and the highest id in use, so an id is never handed out twice, even
+// after its entity was removed. ASM instances are instances marked as such. A client's latest
+// file-system node report replaces the one before it. An application id stands for one object:
+// no two share numbers 3 to 8 and texts 0 to 2 (app_ids.id is its number 0).
+constexpr const char* kMigrationClients = R"sql(
+CREATE TABLE id_counters (
+  entity  TEXT PRIMARY KEY,
+  last_id INTEGER NOT NULL CHECK (last_id >= 0)
+) STRICT, WITHOUT ROWID;
+
+CREATE TABLE asm_instances (
+  instance_id INTEGER PRIMARY KEY REFERENCES instances(id) ON DELETE CASCADE
+) STRICT;
+
+CREATE TABLE client_fs_node_activity (
+  client_id   INTEGER PRIMARY KEY REFERENCES clients(id) ON DELETE CASCADE,
+  data        TEXT NOT NULL,
+  value       INTEGER NOT NULL CHECK (value BETWEEN -2147483648 AND 2147483647),
+  flag        INTEGER NOT NULL CHECK (flag IN (0, 1)),
+  reported_at INTEGER NOT NULL
+) STRICT;
+
+CREATE UNIQUE INDEX app_ids_by_object
+  ON app_ids(number3, number4, number5, number6, number7, number8, text0, text1, text2);
+
+-- Volume GUIDs are compared without regard to case.
+CREATE INDEX replication_pairs_by_destination_guid_nocase
+  ON replication_pairs(destination_guid COLLATE NOCASE);
+
+-- Entities that carry a property value, found without reading every property.
+CREATE INDEX properties_by_value ON properties(entity_kind, table_selector, name, value);
 )sql";
 
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
+    {3, "clients and application ids", kMigrationClients},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

@@ -86,10 +86,10 @@ TEST_F(AdaptersEndToEnd, EveryListAppendsTheServersAnswer) {
        "0,10 | old,File System"},
       {"instances by client, type and group",
        [&](L& i, N& n, std::string& e) { return a.getInstanceList(i, n, e, 3, 20, 1, nullptr, 0); },
-       "0,13 | old,SALESDB"},
+       "0,13,15 | old,SALESDB,+ASM"},
       {"instances of a client: (a, 0, b)",
        [&](L& i, N& n, std::string& e) { return a.getInstanceList(i, n, e, 3, 0, nullptr, 0); },
-       "0,12,13 | old,default,SALESDB"},
+       "0,12,13,15 | old,default,SALESDB,+ASM"},
       {"instances of a type: (0, a, b)",
        [&](L& i, N& n, std::string& e) { return a.getInstanceList(10, 1, i, n, e, nullptr, 0); },
        "0,12,14 | old,default,default"},
@@ -136,11 +136,11 @@ TEST_F(AdaptersEndToEnd, EveryListAppendsTheServersAnswer) {
   EXPECT_EQ(Join(values), "0,4,16,2");
 
   N appIds{"old"};
-  ASSERT_EQ(a.getAppIdList(appIds, err_, 3, 10, 12, 102, 1022, nullptr, false), 0) << err_;
-  EXPECT_EQ(Join(appIds), "old,102|3|1022|0|0|0|0|db01|File System|logs");
+  ASSERT_EQ(a.getAppIdList(appIds, err_, 3, 10, 12, 102, 1021, nullptr, false), 0) << err_;
+  EXPECT_EQ(Join(appIds), "old,3|1|10|12|102|1021|0|C:\\||");
   bool untouched = true;
-  ASSERT_EQ(a.getApplications(appIds, 9, 0, untouched, err_, nullptr), 0) << err_;
-  EXPECT_EQ(appIds.back(), "103|3|1031|0|0|0|0|db01|SQL Database|SALESDB");
+  ASSERT_EQ(a.getApplications(appIds, 1, 3, untouched, err_, nullptr), 0) << err_;
+  EXPECT_EQ(appIds.back(), "3|2|20|13|103|1031|0|SALESDB||");
   EXPECT_TRUE(untouched);
 
   L bsIds{0};

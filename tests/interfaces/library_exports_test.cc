@@ -9,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "appmgr/AdaptersInterface.h"
+#include "appmgr/AppIdInterface.h"
 #include "appmgr/AppMgrNet.h"
 #include "appmgr/BSInterface.h"
+#include "appmgr/ClientInterface.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -110,6 +112,34 @@ TEST_F(LibraryTest, TheFactoryMakesAWorkingAdaptersInterfaceForCodeOne) {
   EXPECT_EQ(adapters->lookupkeys(1, names, err, nullptr), 0xa0010);
   EXPECT_EQ(err, "Api not implemented.");
   EXPECT_EQ(adapters->setOpRules(1, names, err, nullptr), 0);
+}
+
+TEST_F(LibraryTest, TheFactoryMakesWorkingClientAndApplicationIdInterfaces) {
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  server_->On(appmgr::msg::kClientLookup, [](const ClientInfoReq7& req, ClientInfoResp7& resp,
+                                             appmgr::server::Exchange& x) {
+    resp.integer1 = req.integer1;
+    resp.text1 = x.Text("client-" + std::to_string(req.integer1));
+  });
+  server_->On(appmgr::msg::kAppIdIncrArchiveGroup, [](const GetIncrAgInfoReq& req, GetIncrAgInfoRes& resp,
+                                                      appmgr::server::Exchange&) { resp.archiveGroupId = req.id * 2; });
+
+  std::unique_ptr<ClientInterface> client(static_cast<ClientInterface*>(get(APPMGR_INTERFACE_CLIENT)));
+  ASSERT_NE(client, nullptr);
+  _AppClientInfo info;
+  info.clientId = 12;
+  ClientPlatformInfo platforms[3];
+  std::string err;
+  ASSERT_EQ(client->lookup(info, platforms, err, nullptr), 0) << err;
+  EXPECT_EQ(info.clientName, "client-12");
+  unsigned long type = 0;
+  EXPECT_EQ(client->getSRMAgentlessDaxType(1, type, err, nullptr), 0xa0010);
+
+  std::unique_ptr<AppIdInterface> appIds(static_cast<AppIdInterface*>(get(APPMGR_INTERFACE_APP_ID)));
+  ASSERT_NE(appIds, nullptr);
+  unsigned long group = 0;
+  ASSERT_EQ(appIds->getIncrArchiveGroup(group, 21, err, nullptr), 0) << err;
+  EXPECT_EQ(group, 42u);
 }
 
 TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {

@@ -55,21 +55,20 @@ TEST_F(ListHandlersTest, EachPositionFiltersAsDocumented) {
        },
        "names=[\"Local disk library\", \"Tape library\"] texts=[\"/mnt/backup on ch01\", "
        "\"LTO-8 changer in rack 2\"] ids=[1, 3] flags=[1, 0] values=[4, 2]"},
-      {"application ids by numbers 0 and 1",
+      {"application ids by numbers 3 and 4",
        [](auto& t) {
          return t.Ask(kGetAppIdList, GetAppIdListReq{.hdr = {}, .selector1 = 3, .selector2 = 10});
        },
-       "texts=[\"102|3|1021|0|0|0|0|db01|File System|default\", "
-       "\"102|3|1022|0|0|0|0|db01|File System|logs\"]"},
-      {"application ids by number 4",
+       "texts=[\"3|1|10|12|102|1021|0|C:\\\\||\"]"},
+      {"application ids by number 7",
        [](auto& t) { return t.Ask(kGetAppIdList, GetAppIdListReq{.hdr = {}, .selector5 = 1031}); },
-       "texts=[\"103|3|1031|0|0|0|0|db01|SQL Database|SALESDB\"]"},
+       "texts=[\"3|2|20|13|103|1031|0|SALESDB||\"]"},
       {"application ids by archive group",
        [](auto& t) {
          return t.Ask(kGetAppIdListByArchId,
-                      GetAppIdListByArchIdReq{.hdr = {}, .id1 = 7, .id2 = 8});
+                      GetAppIdListByArchIdReq{.hdr = {}, .id1 = 1, .id2 = 3});
        },
-       "texts=[\"102|3|1022|0|0|0|0|db01|File System|logs\"]"},
+       "texts=[\"3|2|20|13|103|1031|0|SALESDB||\"]"},
       {"the domain",
        [](auto& t) { return t.Ask(kGetOrbitList, GenericListPairReq{.hdr = {}, .selector = 0}); },
        "ids=[1] names=[\"lab-domain\"]"},
@@ -119,7 +118,7 @@ TEST_F(ListHandlersTest, EachPositionFiltersAsDocumented) {
        "ids=[10, 20, 30] names=[\"File System\", \"SQL Database\", \"Mailbox\"]"},
       {"instances of client 3",
        [](auto& t) { return t.Ask(kGetInstanceList, GetInstanceListReq{.hdr = {}, .id1 = 3}); },
-       "ids=[12, 13] names=[\"default\", \"SALESDB\"]"},
+       "ids=[12, 13, 15] names=[\"default\", \"SALESDB\", \"+ASM\"]"},
       {"instances of application type 10 on clients of group 1",
        [](auto& t) {
          return t.Ask(kGetInstanceList, GetInstanceListReq{.hdr = {}, .id2 = 10, .id3 = 1});

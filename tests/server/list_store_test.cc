@@ -58,11 +58,11 @@ constexpr std::string_view kFixture = R"json({
                     {"domain": "Lab2", "client": 1},
                     {"domain": "LAB", "client": 1, "value3": 7}],
   "appIds": [
-    {"id": 1, "number0": 1, "number1": 10, "number2": 11, "number3": 111, "number4": 1111,
+    {"id": 1, "number3": 1, "number4": 10, "number5": 11, "number6": 111, "number7": 1111,
      "number8": 18446744073709551615, "text0": "a", "text2": "c", "archiveGroup": 5},
-    {"id": 2, "number0": 1, "number1": 10, "number2": 11, "number3": 111, "number4": 1112,
+    {"id": 2, "number3": 1, "number4": 10, "number5": 11, "number6": 111, "number7": 1112,
      "archiveGroup": 5, "incrArchiveGroup": 6},
-    {"id": 3, "number0": 2, "number3": 211, "archiveGroup": 7}
+    {"id": 3, "number3": 2, "number6": 211, "archiveGroup": 7}
   ]
 })json";
 
@@ -223,22 +223,22 @@ TEST_F(ListStoreTest, EachListHoldsWhatItsFiltersSelect) {
       {"a missing domain record", [](ListStore& s, Collect& c) { return s.Domains(2, c); },
        "domain 2 does not exist", kStoreErrNotFound},
       // Application ids in their text form (numbers as unsigned, texts last).
-      {"application ids of client 1, subclient 1111",
+      {"application ids of client 1, subclient 1111 (numbers 3 and 7)",
        [](ListStore& s, Collect& c) {
          return s.AppIds({1, 0, 0, 0, 1111}, c);
        },
-       "1 111|1|1111|0|0|0|18446744073709551615|a||c"},
-      {"application ids of number 1 = 10",
+       "1 1|1|10|11|111|1111|18446744073709551615|a||c"},
+      {"application ids of number 4 = 10",
        [](ListStore& s, Collect& c) {
          return s.AppIds({0, 10, 0, 0, 0}, c);
        },
-       "1 111|1|1111|0|0|0|18446744073709551615|a||c; 2 111|1|1112|0|0|0|0|||"},
+       "1 1|1|10|11|111|1111|18446744073709551615|a||c; 2 1|2|10|11|111|1112|0|||"},
       {"application ids of archive group 5, incremental 6",
        [](ListStore& s, Collect& c) { return s.AppIdsByArchiveGroup(5, 6, c); },
-       "2 111|1|1112|0|0|0|0|||"},
+       "2 1|2|10|11|111|1112|0|||"},
       {"application ids of archive group 7",
        [](ListStore& s, Collect& c) { return s.AppIdsByArchiveGroup(7, 0, c); },
-       "3 211|2|0|0|0|0|0|||"},
+       "3 2|3|0|0|211|0|0|||"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);

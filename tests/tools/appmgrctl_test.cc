@@ -556,8 +556,8 @@ TEST_F(AppmgrctlTest, ListsPrintTheServersMembersAsTablesAndJson) {
                      {"description", "https://s3.lab.example.net"},
                      {"enabled", true},
                      {"value", 16}}})},
-      {{"list", "appids", "--archive-group", "9"},
-       {"103|3|1031|0|0|0|0|db01|SQL Database|SALESDB"}},
+      {{"list", "appids", "--archive-group", "1", "--incr-archive-group", "3"},
+       {"3|2|20|13|103|1031|0|SALESDB||"}},
       {{"list", "clouds", "--type", "7"}, json::array()},
       {{"list", "domain-clients", "dmz"},
        json::array({{{"client", 2},
@@ -583,12 +583,127 @@ TEST_F(AppmgrctlTest, ListFailuresAndFilterCombinationsNoListTakes) {
   for (std::vector<std::string> args : {
            std::vector<std::string>{"list", "clients", "--with-platform", "--group", "1"},
            {"list", "clients", "--group", "1", "--app-type", "10", "--platform", "4"},
-           {"list", "appids", "--number0", "3", "--archive-group", "7"},
+           {"list", "appids", "--number3", "3", "--archive-group", "7"},
            {"list", "siblings"},
        }) {
     run = Ctl(args);
     EXPECT_EQ(run.status, 2) << Describe(args) << ": " << run.err;
     EXPECT_EQ(run.out, "") << Describe(args);
+  }
+}
+
+}  // namespace
+
+namespace {
+
+// ---- Clients and application ids ----
+
+// A file in a fresh temporary folder, removed with the object.
+class TempFile {
+ public:
+  explicit TempFile(const std::string& text) {
+    dir_ = (std::filesystem::temp_directory_path() / "appmgrctl-record-XXXXXX").string();
+    if (!mkdtemp(dir_.data())) throw std::runtime_error("mkdtemp failed");
+    std::ofstream(path()) << text;
+  }
+  ~TempFile() {
+    std::error_code ec;
+    std::filesystem::remove_all(dir_, ec);
+  }
+  std::string path() const { return dir_ + "/record.json"; }
+
+ private:
+  std::string dir_;
+};
+
+TEST_F(AppmgrctlTest, ClientsAreCreatedFromOptionsChangedFromARecordAndRemoved) {
+  json made = CtlJson({"client", "create", "--name", "web01", "--host", "web01.lab.example.net",
+                       "--set", "integer5=-1", "--set", "platform1.text=Linux x86-64"});
+  EXPECT_EQ(made["id"], 5);
+  EXPECT_EQ(made["integer5"], -1);
+  EXPECT_EQ(made["platform1"], (json{{"value", 0}, {"text", "Linux x86-64"}}))
+      << "a create carries no platform texts; appmgrctl sets them right after";
+  EXPECT_EQ(CtlJson({"client", "lookup", "--name", "WEB01"}), made);
+
+  // What lookup prints, edited, is a record modify takes; fields not in it are kept.
+  TempFile record(R"({"id": 5, "text3": "Web server", "platform2": {"value": 2}})");
+  json changed = CtlJson({"client", "modify", "5", "--from-file", record.path(), "--set", "text4=rack 9"});
+  EXPECT_EQ(changed["text3"], "Web server");
+  EXPECT_EQ(changed["text4"], "rack 9");
+  EXPECT_EQ(changed["platform2"]["value"], 2);
+  EXPECT_EQ(changed["platform1"]["text"], "Linux x86-64");
+  EXPECT_EQ(changed["hostName"], "web01.lab.example.net");
+  EXPECT_EQ(CtlJson({"client", "lookup", "5"}), changed);
+
+  CtlRun run = Ctl({"client", "remove", "5"});
+  EXPECT_EQ(run.out, "FIELD    VALUE\nid       5\nremoved  true\n");
+  run = Ctl({"client", "lookup", "5"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "error 1: client 5 does not exist\n");
+  run = Ctl({"client", "remove", "3"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(run.err.starts_with("error 2: client 3 cannot be removed: it still has 3 application types"))
+      << run.err;
+}
+
+TEST_F(AppmgrctlTest, ClientQueriesAndApplicationIds) {
+  EXPECT_EQ(CtlJson({"client", "volume-pairs", "{B2C3D4E5-F6A7-4B8C-9D0E-1F2A3B4C5D02}"}), json({2}));
+  EXPECT_EQ(CtlJson({"client", "replication-sets", "4"}),
+            (json{{"id", 4}, {"backupSets", {105}}, {"sourceClients", {3}}, {"pairs", {1, 2}}}));
+  CtlRun run = Ctl({"client", "with-property", "sSite", "rack 7"});
+  EXPECT_EQ(run.out,
+            "ID  NAME  HOSTNAME              TEXT3\n"
+            "4   fs02  fs02.lab.example.net  File server and replication target\n");
+  EXPECT_EQ(CtlJson({"client", "asm-instances", "3", "--app-type", "20"}), json({15}));
+  EXPECT_EQ(CtlJson({"client", "fs-node-data", "4", "nodes=3", "--value", "-2", "--flag"}),
+            (json{{"id", 4}, {"data", "nodes=3"}, {"value", -2}, {"flag", true}}));
+  CtlJson({"client", "set-props", "4", "sRole=replica"});
+  CtlJson({"client", "remove-props", "4", "sSite", "--as-properties", "--strict"});
+  EXPECT_EQ(CtlJson({"client", "props", "4"}),
+            json::array({{{"name", "sNetworkThrottle"}, {"type", 1}, {"value", "0"}},
+                          {{"name", "sRole"}, {"type", 0}, {"value", "replica"}}}));
+
+  json id = CtlJson({"appid", "create", "--set", "number3=4", "--set", "text0=/srv/shares"});
+  EXPECT_EQ(id["number0"], 3);
+  EXPECT_EQ(id["textForm"], "4|3|0|0|0|0|0|/srv/shares||");
+  TempFile record(id.dump());  // what a command prints names the id for the next one
+  EXPECT_EQ(CtlJson({"appid", "lookup", "--from-file", record.path()}), id);
+  EXPECT_EQ(CtlJson({"appid", "set-archive-groups", "3", "30", "31"}),
+            (json{{"id", 3}, {"archiveGroup", 30}, {"incrArchiveGroup", 31}}));
+  EXPECT_EQ(CtlJson({"appid", "incr-archive-group", "3"}), (json{{"id", 3}, {"incrArchiveGroup", 31}}));
+  CtlJson({"appid", "remove", "--set", "number3=4", "--set", "text0=/srv/shares"});
+  run = Ctl({"appid", "lookup", "3"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "error 1: application id 3 does not exist\n");
+}
+
+TEST(AppmgrctlUsageTest, ClientAndApplicationIdRecordsAreCheckedBeforeTheLibraryIsLoaded) {
+  TempFile otherClient(R"({"id": 4, "text3": "x"})");
+  TempFile unknownField(R"({"platform1": {"colour": "red"}})");
+  TempFile notJson("{\"name\": ");
+  const std::vector<std::string> cases[] = {
+      {"client", "lookup"},
+      {"client", "lookup", "3", "--name", "db01"},
+      {"client", "create", "--host", "h"},
+      {"client", "modify", "3"},
+      {"client", "create", "--name", "x", "--set", "colour=red"},
+      {"client", "create", "--name", "x", "--set", "integer3=-1"},
+      {"client", "create", "--name", "x", "--set", "integer5=x"},
+      {"client", "create", "--from-file", "/nonexistent/record.json"},
+      {"client", "create", "--name", "x", "--from-file", notJson.path()},
+      {"client", "create", "--name", "x", "--from-file", unknownField.path()},
+      {"client", "modify", "3", "--from-file", otherClient.path()},
+      {"client", "fs-node-data", "4294967296", "x"},
+      {"appid", "create", "--set", "option=4294967296"},
+      {"appid", "lookup", "--set", "textForm=1|2"},
+      {"appid", "set-archive-groups", "1", "2"},
+  };
+  for (const std::vector<std::string>& c : cases) {
+    std::vector<std::string> args = {"--lib", "/nonexistent/libappmgrnet.so"};
+    args.insert(args.end(), c.begin(), c.end());
+    CtlRun run = RunCtl(args);
+    EXPECT_EQ(run.status, 2) << Describe(c) << ": " << run.err;
+    EXPECT_TRUE(run.err.starts_with("appmgrctl: ")) << Describe(c) << ": " << run.err;
   }
 }
 

@@ -26,6 +26,8 @@ Outcome Outcome::Failed(int status, std::string error) {
 CommandFamily BackupSetCommands();
 
 CommandFamily ListCommands();
+CommandFamily ClientCommands();
+CommandFamily AppIdCommands();
 
 CommandFamily GeneralCommands();
 
@@ -44,6 +46,8 @@ struct Table {
     Add(BackupSetCommands());
 
     Add(ListCommands());
+    Add(ClientCommands());
+    Add(AppIdCommands());
 
     Add(GeneralCommands());
   }

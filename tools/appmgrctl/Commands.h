@@ -60,6 +60,9 @@ struct Args {
   std::string hostClient;
 
   // Clients and application ids.
+  std::vector<std::string> sets;  // FIELD=VALUE words of --set
+  Json fields = Json::object();   // a record's fields from --from-file and --set, checked
+  bool asProperties = false;      // remove-props: send property records instead of names
 
   // Global parameters, client groups, the domain.
 

@@ -90,8 +90,8 @@ void TypeArgs(CLI::App& cmd, Args& a) {
 
 void AppIdsArgs(CLI::App& cmd, Args& a) {
   for (int i = 0; i < 5; ++i) {
-    static const char* const kNames[] = {"--number0", "--number1", "--number2", "--number3",
-                                         "--number4"};
+    static const char* const kNames[] = {"--number3", "--number4", "--number5", "--number6",
+                                         "--number7"};
     IdOption(cmd, kNames[i], a.listAppIdNumbers[i], "application ids with this number");
   }
   IdOption(cmd, "--archive-group", a.listArchiveGroup, "application ids of this archive group");
