@@ -2,4 +2,7 @@
 #pragma once
 
 #include "protocol/schemas/BSSchemas.h"
+#include "protocol/schemas/ClientGroupSchemas.h"
 #include "protocol/schemas/GenericSchemas.h"
+#include "protocol/schemas/GlobalParamSchemas.h"
+#include "protocol/schemas/OrbitSchemas.h"

@@ -31,6 +31,9 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/Cache.inc"
 #include "tests/protocol/pins/EntityTree.inc"
 #include "tests/protocol/pins/BackupSet.inc"
+#include "tests/protocol/pins/GlobalParam.inc"
+#include "tests/protocol/pins/ClientGroup.inc"
+#include "tests/protocol/pins/Domain.inc"
 };
 
 std::string Hex(uint32_t id) {
