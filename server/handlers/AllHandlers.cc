@@ -2,7 +2,10 @@
 
 #include "server/handlers/BackupSetHandlers.h"
 #include "server/handlers/CacheHandlers.h"
+#include "server/handlers/ClientGroupHandlers.h"
+#include "server/handlers/DomainHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
+#include "server/handlers/GlobalParamHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 
 namespace appmgr::server {
@@ -20,6 +23,9 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   // clients and application ids
 
   // global parameters, application properties, client groups, the domain
+  RegisterGlobalParamHandlers(server, store);
+  RegisterClientGroupHandlers(server, store);
+  RegisterDomainHandlers(server, store);
 
   // entity lists (the adapters interface)
 

@@ -336,8 +336,17 @@ CREATE TABLE server_cache_entries (
 ) STRICT, WITHOUT ROWID;
 )sql";
 
+// Migration 2 (global parameters and application properties): an application property belongs
+// to a client application type (app_properties.id1), and goes with it, as entity properties go
+// with their entity.
+constexpr const char* kMigration2 = R"sql(
+CREATE TRIGGER client_app_types_drop_app_properties AFTER DELETE ON client_app_types BEGIN
+  DELETE FROM app_properties WHERE id1 = OLD.id; END;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
+    {2, "global parameters and application properties", kMigration2},
 };
 
 constexpr const char* kLabel = "Store::Migrate";
