@@ -25,6 +25,10 @@ Outcome Outcome::Failed(int status, std::string error) {
 // them. One line each, kept apart, so families added side by side touch different lines.
 CommandFamily BackupSetCommands();
 
+CommandFamily ParamCommands();
+CommandFamily GroupCommands();
+CommandFamily DomainCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -40,6 +44,10 @@ struct Table {
 
   Table() {
     Add(BackupSetCommands());
+
+    Add(ParamCommands());
+    Add(GroupCommands());
+    Add(DomainCommands());
 
     Add(GeneralCommands());
   }
