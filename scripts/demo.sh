@@ -91,6 +91,14 @@ ctl --json bs props 102
 say "Ask whether a new replication pair would clash with an existing one, and who owns the set."
 ctl bs pair-conflict 105 'D:\Data' /replica/new
 ctl bs client-id 105
+say "Global parameters read like a configuration: one the fixture set, a built-in default"
+say "nobody set, and a new value, which the server stores in canonical form."
+ctl param get nAuditRetentionDays
+ctl param get sTimeZone
+ctl param set nMaxConcurrentJobs 025
+say "A client group found by its name in any case; the domain changed in one field."
+ctl group lookup 'linux machines'
+ctl domain modify --description 'Lab domain, changed by the demo'
 
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.
