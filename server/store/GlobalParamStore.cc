@@ -123,7 +123,7 @@ CLmError CheckValue(const ValueDefinition* d, const std::string& what, std::stri
                               "%s takes 0 or 1 (or yes/no, true/false, on/off), not %s",
                               what.c_str(), Shown(*value).c_str());
     }
-    *value = on ? "1" : "0";
+    value->assign(1, on ? '1' : '0');  // not operator=(const char*): GCC 12 -O3 warns falsely
     return CLmError();
   }
   int64_t number = 0;

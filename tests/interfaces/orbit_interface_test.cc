@@ -40,7 +40,8 @@ class OrbitTest : public SessionFixture {
       const char** texts[] = {&resp.text1, &resp.text2, &resp.text3,
                               &resp.text4, &resp.text5, &resp.text6};
       for (int i = 0; i < 6; ++i) {
-        *texts[i] = nullTexts && i % 2 == 0 ? nullptr : x.Text("r" + std::to_string(i + 1));
+        const char name[] = {'r', static_cast<char>('1' + i), '\0'};
+        *texts[i] = nullTexts && i % 2 == 0 ? nullptr : x.Text(name);
       }
     });
   }
