@@ -9,7 +9,10 @@
 #include "interfaces/AppIdInterfaceNet.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/ClientInterfaceNet.h"
+#include "interfaces/ClientGroupInterfaceNet.h"
 #include "interfaces/Exchange.h"
+#include "interfaces/GlobalParamInterfaceNet.h"
+#include "interfaces/OrbitInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -46,6 +49,13 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
       return static_cast<ClientInterface*>(new ClientInterfaceNet());
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
+
+    case APPMGR_INTERFACE_ORBIT:
+      return static_cast<OrbitInterface*>(new OrbitInterfaceNet());
+    case APPMGR_INTERFACE_GLOBAL_PARAM:
+      return static_cast<GlobalParamInterface*>(new GlobalParamInterfaceNet());
+    case APPMGR_INTERFACE_CLIENT_GROUP:
+      return static_cast<ClientGroupInterface*>(new ClientGroupInterfaceNet());
 
     default:
       // Unknown codes, and classes this build does not offer yet, are null.

@@ -6,3 +6,6 @@
 #include "protocol/schemas/ClientSchemas.h"
 #include "protocol/schemas/GenericSchemas.h"
 #include "protocol/schemas/ListSchemas.h"
+#include "protocol/schemas/ClientGroupSchemas.h"
+#include "protocol/schemas/GlobalParamSchemas.h"
+#include "protocol/schemas/OrbitSchemas.h"

@@ -108,6 +108,14 @@ say "Which replication writes to fs02, and an application id of db01 by its obje
 ctl client replication-sets 4
 ctl appid lookup --set number3=3 --set number4=20 --set number5=13 --set number6=103 \
   --set number7=1031 --set text0=SALESDB
+say "Global parameters read like a configuration: one the fixture set, a built-in default"
+say "nobody set, and a new value, which the server stores in canonical form."
+ctl param get nAuditRetentionDays
+ctl param get sTimeZone
+ctl param set nMaxConcurrentJobs 025
+say "A client group found by its name in any case; the domain changed in one field."
+ctl group lookup 'linux machines'
+ctl domain modify --description 'Lab domain, changed by the demo'
 
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.

@@ -6,6 +6,9 @@
 #include "server/handlers/ClientHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
 #include "server/handlers/ListHandlers.h"
+#include "server/handlers/ClientGroupHandlers.h"
+#include "server/handlers/DomainHandlers.h"
+#include "server/handlers/GlobalParamHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 
 namespace appmgr::server {
@@ -25,6 +28,9 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterAppIdHandlers(server, store);
 
   // global parameters, application properties, client groups, the domain
+  RegisterGlobalParamHandlers(server, store);
+  RegisterClientGroupHandlers(server, store);
+  RegisterDomainHandlers(server, store);
 
   // entity lists (the adapters interface)
   RegisterListHandlers(server, store);

@@ -16,6 +16,7 @@
 
 #include "platform/base/EvDebug.h"
 #include "server/store/EntityKind.h"
+#include "server/store/GlobalParamStore.h"
 #include "server/store/StoreErrors.h"
 
 namespace appmgr::server {
@@ -304,6 +305,17 @@ void Loader::Domain(const json& j, const std::string& path) {
   int64_t number = I64(j, path, "number");
   if (ok() && (number < INT32_MIN || number > INT32_MAX)) {
     Fail(path, kStoreErrInvalidArgument, "'number' must fit in 32 signed bits");
+  }
+  // An installation has one domain at most (DomainStore).
+  if (ok()) {
+    Statement any = txn_.Prepare("SELECT id FROM domain LIMIT 1");
+    bool row = false;
+    if (CLmError e = any.Step(&row)) {
+      Fail(path, e);
+    } else if (row) {
+      Fail(path, kStoreErrConflict,
+           "the installation has a domain already (" + std::to_string(any.U64(0)) + ")");
+    }
   }
   Statement st = txn_.Prepare(
       "INSERT INTO domain (id, id2, id3, id4, text1, text2, text3, text4, text5, text6, number)"
@@ -657,16 +669,25 @@ void Loader::PropertyEntry(const json& j, const std::string& path) {
 
 void Loader::GlobalParam(const json& j, const std::string& path) {
   if (!Object(j, path, {"name", "value"})) return;
+  std::string name = Text(j, path, "name", true);
+  std::string value = Text(j, path, "value");
+  // Held to the types the server keeps them in, as a set request would be.
+  if (CLmError e = ok() ? CheckGlobalParam(name, &value) : CLmError()) Fail(path, e);
   Statement st = txn_.Prepare("INSERT INTO global_params (name, value) VALUES (?1, ?2)");
-  st.BindText(1, Text(j, path, "name", true)).BindText(2, Text(j, path, "value"));
+  st.BindText(1, name).BindText(2, value);
   Run(st, path);
 }
 
 void Loader::AppProperty(const json& j, const std::string& path) {
   if (!Object(j, path, {"id1", "id2", "value"})) return;
+  uint64_t app = U64(j, path, "id1", true);
+  uint64_t number = U64(j, path, "id2", true);
+  std::string value = Text(j, path, "value");
+  // id1 is a client application type (an application of a client), as in a set request.
+  Require(EntityKind::kClientAppType, app, path);
+  if (CLmError e = ok() ? CheckAppProperty(number, &value) : CLmError()) Fail(path, e);
   Statement st = txn_.Prepare("INSERT INTO app_properties (id1, id2, value) VALUES (?1, ?2, ?3)");
-  st.BindU64(1, U64(j, path, "id1", true)).BindU64(2, U64(j, path, "id2", true));
-  st.BindText(3, Text(j, path, "value"));
+  st.BindU64(1, app).BindU64(2, number).BindText(3, value);
   Run(st, path);
 }
 

@@ -419,10 +419,19 @@ CREATE INDEX replication_pairs_by_destination_guid_nocase
 CREATE INDEX properties_by_value ON properties(entity_kind, table_selector, name, value);
 )sql";
 
+// Migration 4 (global parameters and application properties): an application property belongs
+// to a client application type (app_properties.id1), and goes with it, as entity properties go
+// with their entity.
+constexpr const char* kMigrationParams = R"sql(
+CREATE TRIGGER client_app_types_drop_app_properties AFTER DELETE ON client_app_types BEGIN
+  DELETE FROM app_properties WHERE id1 = OLD.id; END;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
     {3, "clients and application ids", kMigrationClients},
+    {4, "global parameters and application properties", kMigrationParams},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

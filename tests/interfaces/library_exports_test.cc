@@ -13,6 +13,9 @@
 #include "appmgr/AppMgrNet.h"
 #include "appmgr/BSInterface.h"
 #include "appmgr/ClientInterface.h"
+#include "appmgr/ClientGroupInterface.h"
+#include "appmgr/GlobalParamInterface.h"
+#include "appmgr/OrbitInterface.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -177,6 +180,49 @@ TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {
   // The fill answers its underlying call's result unchanged: false (0) when the server has no
   // answer for it.
   EXPECT_EQ(fill(7), 0);
+}
+
+// The domain, global-parameter and client-group objects, each through one exchange (or its
+// local answer) on the library's own session machinery.
+TEST_F(LibraryTest, TheFactoryMakesTheDomainParameterAndClientGroupInterfaces) {
+  using appmgr::server::Exchange;
+  server_->On(appmgr::msg::kOrbitRemove, [](const RemoveOrbitReq& req, GenericResp& resp, Exchange& x) {
+    if (req.id != 1) {
+      resp.hdr.errorCode = 1;
+      resp.hdr.errorText = x.Text("domain " + std::to_string(req.id) + " does not exist");
+    }
+  });
+  server_->On(appmgr::msg::kGlobalParamGet, [](const GetGlobalParamReq& req, GetGlobalParamResp& resp,
+                                               Exchange& x) { resp.value = x.Text(std::string(req.name) + "-value"); });
+  server_->On(appmgr::msg::kClientGroupLookup, [](const ClientGroupInfoReq& req, ClientGroupInfoResp& resp,
+                                                  Exchange& x) {
+    resp.int1 = 5;
+    resp.text1 = x.Text(req.text1);
+  });
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<OrbitInterface> orbit(static_cast<OrbitInterface*>(get(APPMGR_INTERFACE_ORBIT)));
+  std::unique_ptr<GlobalParamInterface> params(
+      static_cast<GlobalParamInterface*>(get(APPMGR_INTERFACE_GLOBAL_PARAM)));
+  std::unique_ptr<ClientGroupInterface> groups(
+      static_cast<ClientGroupInterface*>(get(APPMGR_INTERFACE_CLIENT_GROUP)));
+  ASSERT_TRUE(orbit && params && groups);
+
+  std::string err;
+  EXPECT_EQ(orbit->remove(1, err, nullptr), 0) << err;
+  EXPECT_EQ(orbit->remove(2, err, nullptr), 1);
+  EXPECT_EQ(err, "domain 2 does not exist");
+
+  std::string value;
+  EXPECT_EQ(params->getProperty("sTimeZone", value, err, 0, nullptr), 0) << err;
+  EXPECT_EQ(value, "sTimeZone-value");
+
+  _AppClientGroupInfo info;
+  info.text1 = "Web";
+  EXPECT_EQ(groups->lookup(info, err, nullptr), 0) << err;
+  EXPECT_EQ(info.int1, 5u);
+  EXPECT_EQ(info.text1, "Web");
+  EXPECT_EQ(groups->remove(5, err, nullptr), 0xa0010);
+  EXPECT_EQ(err, "Api not implemented.");
 }
 
 }  // namespace

@@ -34,6 +34,9 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/Lists.inc"
 #include "tests/protocol/pins/Client.inc"
 #include "tests/protocol/pins/AppId.inc"
+#include "tests/protocol/pins/GlobalParam.inc"
+#include "tests/protocol/pins/ClientGroup.inc"
+#include "tests/protocol/pins/Domain.inc"
 };
 
 std::string Hex(uint32_t id) {

@@ -162,7 +162,7 @@ TEST_F(ListHandlersTest, EachPositionFiltersAsDocumented) {
        [](auto& t) {
          return t.Ask(kGetClientGroupList, GenericListPairReq{.hdr = {}, .selector = 2});
        },
-       "ids=[] names=[]"},
+       "ids=[2] names=[\"Linux machines\"]"},
       {"groups clients 3 and 4 share",
        [](auto& t) {
          return t.Ask(kGetClientGroupsOfClient,

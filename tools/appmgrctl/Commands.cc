@@ -28,6 +28,9 @@ CommandFamily BackupSetCommands();
 CommandFamily ListCommands();
 CommandFamily ClientCommands();
 CommandFamily AppIdCommands();
+CommandFamily ParamCommands();
+CommandFamily GroupCommands();
+CommandFamily DomainCommands();
 
 CommandFamily GeneralCommands();
 
@@ -48,6 +51,9 @@ struct Table {
     Add(ListCommands());
     Add(ClientCommands());
     Add(AppIdCommands());
+    Add(ParamCommands());
+    Add(GroupCommands());
+    Add(DomainCommands());
 
     Add(GeneralCommands());
   }

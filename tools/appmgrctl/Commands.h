@@ -11,6 +11,7 @@
 // Thread-safety: the table is constant; a handler uses the Library it is given.
 #pragma once
 
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -65,6 +66,15 @@ struct Args {
   bool asProperties = false;      // remove-props: send property records instead of names
 
   // Global parameters, client groups, the domain.
+  std::string paramValue;  // a parameter's or an application property's value
+  std::string description;
+  std::string text3;
+  std::string controlhostHost;
+  std::string version;
+  std::string text5;
+  std::string text6;
+  unsigned long int2 = 0, int3 = 0, int4 = 0, int5 = 0, int6 = 0;
+  std::set<std::string> given;  // the options the command line gave (domain modify keeps the rest)
 
   // Lists: the filters of "list ..." (0: any).
   unsigned long listClient = 0;
