@@ -56,6 +56,8 @@ APPMGR_WIRE_RECORD(GenericUpdateContentReq, WIRE_F(GenericUpdateContentReq, hdr)
                    WIRE_ARRAY(GenericUpdateContentReq, count2, content2),
                    WIRE_F(GenericUpdateContentReq, flag1), WIRE_F(GenericUpdateContentReq, flag2),
                    WIRE_F(GenericUpdateContentReq, flag3));
+APPMGR_WIRE_RECORD(GenericInitContentReq, WIRE_F(GenericInitContentReq, hdr),
+                   WIRE_F(GenericInitContentReq, id), WIRE_F(GenericInitContentReq, value));
 APPMGR_WIRE_RECORD(RecDelAppIdsReq, WIRE_F(RecDelAppIdsReq, hdr), WIRE_F(RecDelAppIdsReq, id),
                    WIRE_F(RecDelAppIdsReq, secondId), WIRE_F(RecDelAppIdsReq, level));
 APPMGR_WIRE_RECORD(RecDelAppIdsReq1, WIRE_F(RecDelAppIdsReq1, hdr), WIRE_F(RecDelAppIdsReq1, id),

@@ -177,6 +177,16 @@ static_assert(offsetof(GenericUpdateContentReq, content1) == 48 &&
               offsetof(GenericUpdateContentReq, flag2) == 76 &&
               offsetof(GenericUpdateContentReq, flag3) == 80);
 
+// The content read-out request of subclients and instances: the entity and the caller's
+// `long` argument, passed as it is.
+struct GenericInitContentReq {
+  AppMgrReqHdr hdr;
+  uint64_t id = 0;
+  int64_t value = 0;
+};
+static_assert(sizeof(GenericInitContentReq) == 48 && offsetof(GenericInitContentReq, id) == 32 &&
+              offsetof(GenericInitContentReq, value) == 40);
+
 // The levels of the entity tree that a delete-all or undelete-all names.
 enum EntityLevel : uint32_t {
   kEntityLevelAppType = 2,    // an application type on a client: id is the client, secondId
