@@ -25,6 +25,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "appmgr/AppMgrDefs.h"
+#include "appmgr/AppMgrTypes.h"
 #include "appmgr/records/GenericRecords.h"
 #include "platform/base/EvDebug.h"
 #include "protocol/Message.h"
@@ -174,6 +176,19 @@ inline void AppendPairs(const GenericListPairResp& r, std::list<unsigned long>& 
   for (uint32_t i = 0; i < r.idCount; ++i) {
     ids.push_back(r.ids[i]);
     names.push_back(Text(r.names[i]));
+  }
+}
+
+// The walk of a content read-out: one addContent call per entry, in the response's order,
+// skipping an entry whose type (as unsigned 64-bit) is above KP_CONTENT_MAX_INDEX sign-extended.
+// A null text reaches the callback as an empty string.
+inline void DeliverContent(ContentCallBack* callback, uint32_t count, const AppMgrContent* entries) {
+  if (callback == nullptr) return;
+  const uint64_t max = static_cast<uint64_t>(static_cast<int64_t>(KP_CONTENT_MAX_INDEX));
+  for (uint32_t i = 0; i < count; ++i) {
+    const uint64_t type = static_cast<uint64_t>(entries[i].type);
+    if (type > max) continue;
+    callback->addContent(static_cast<unsigned long>(type), Text(entries[i].text));
   }
 }
 
