@@ -5,6 +5,7 @@
 
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
+#include "appmgr/AppMgrVersion.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/Exchange.h"
 #include "session/AppMgrSessionPool.h"
@@ -83,6 +84,10 @@ __attribute__((visibility("default"))) int GetClientLibraryStatistics(AppMgrNetS
   PoolStats(AppMgrSessionPoolSingleton::currentLitePool(), &out->litePoolExists, &out->litePoolOpen,
             &out->litePoolLent, &out->litePoolAttached, &out->litePoolReplaced);
   return 0;
+}
+
+__attribute__((visibility("default"))) const char* GetClientLibraryVersion() {
+  return APPMGRNET_VERSION;
 }
 
 }  // extern "C"
