@@ -100,9 +100,29 @@ EvLogConfig ConfigFromSettings() {
   return c;
 }
 
+// Configures the log from the settings when nothing has yet; true when this call did.
+bool ConfigureOnceLocked(LogState& s) {
+  if (s.configured) return false;
+  ApplyLocked(s, ConfigFromSettings());
+  return true;
+}
+
+// After the log first configures itself from the settings: what the settings file holds that
+// was ignored or looks mistaken, once per process, as error lines, since a setting that is
+// silently not applied is a fault an administrator must be able to find.
+void LogSettingsWarnings() {
+  for (const std::string& w : KpSettings::Instance().Warnings()) {
+    EvLog::Write(true, 0, "KpSettings", "settings: " + w);
+  }
+}
+
 void EnsureConfigured(LogState& s) {
-  std::lock_guard lock(s.mutex);
-  if (!s.configured) ApplyLocked(s, ConfigFromSettings());
+  bool first = false;
+  {
+    std::lock_guard lock(s.mutex);
+    first = ConfigureOnceLocked(s);
+  }
+  if (first) LogSettingsWarnings();
 }
 
 // One event, one line: control characters would split it or corrupt a terminal.
@@ -181,8 +201,12 @@ void EvLog::Write(bool error, int level, const char* label, std::string_view tex
   LogState& s = TheLog();
   std::shared_ptr<spdlog::logger> logger;
   {
-    std::lock_guard lock(s.mutex);
-    if (!s.configured) ApplyLocked(s, ConfigFromSettings());
+    std::unique_lock lock(s.mutex);
+    if (ConfigureOnceLocked(s)) {
+      lock.unlock();  // the warnings are lines of their own
+      LogSettingsWarnings();
+      lock.lock();
+    }
     if (!error && level > s.config.level) return;
     logger = (file && file->impl()->logger) ? file->impl()->logger : s.logger;
   }
