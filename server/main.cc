@@ -136,11 +136,13 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
   app.add_option("--max-frame-bytes", c->maxFrameBytes,
                  "largest frame payload received or sent, in bytes (default: [Network] "
                  "nMaxFrameBytes of the settings file, else 16777216)")
-      ->check(CLI::Range(kMinFrameBytes, kMaxFrameBytes));
+      ->check(CLI::Range(kMinFrameBytes, kMaxFrameBytes).description(""))
+      ->type_name("BYTES");
   app.add_option("--log-to", c->logTo,
                  "where the log goes: file (LOGDIR/appmgrd.log), stderr, or journal (stderr "
                  "for the systemd journal); default: journal when stderr is the journal, else file")
-      ->check(CLI::IsMember({"file", "stderr", "journal"}));
+      ->check(CLI::IsMember({"file", "stderr", "journal"}).description(""))
+      ->type_name("file|stderr|journal");
   app.add_flag("--check", c->check,
                "check the whole database (SQLite integrity and foreign keys) before serving; a "
                "damaged database fails the start");

@@ -147,23 +147,28 @@ Parsed Parse(const std::vector<std::string>& words, Globals* globals, Invocation
   if (globals) {
     app.add_option("--lib", globals->lib,
                    "the library to load (default: $APPMGR_LIBRARY, then the one beside the "
-                   "program's install prefix, then the loader's search for " APPMGRNET_SONAME ")");
+                   "program's install prefix, then the loader's search for " APPMGRNET_SONAME ")")
+        ->type_name("PATH");
     app.add_option("--settings", globals->settings,
                    "the settings file; sets APPMGR_SETTINGS before the library is loaded")
-        ->check(CLI::ExistingFile);
+        ->check(CLI::ExistingFile.description(""))
+        ->type_name("FILE");
     app.add_option("--host", globals->host,
                    "the App Manager to use, HOST or HOST:PORT ([v6addr]:PORT), instead of the "
                    "settings file's Controlhost; no settings file is needed then")
-        ->check(SettingText("the host", " @,\"'"));
+        ->check(SettingText("the host", " @,\"'"))
+        ->type_name("HOST[:PORT]");
     app.add_option("--client-name", globals->clientName,
                    "the client name the App Manager's host is known by (default with --host: "
                    "the host name)")
-        ->check(SettingText("the client name", "\"'"));
+        ->check(SettingText("the client name", "\"'"))
+        ->type_name("NAME");
     app.add_option("--timeout", globals->timeout,
                    "give up on a call that has no answer after SECONDS (0: no bound, the "
                    "library's own time-outs)")
         ->transform(Number<unsigned long>())
-        ->check(CLI::Range(0ul, 86400ul));
+        ->check(CLI::Range(0ul, 86400ul).description(""))
+        ->type_name("SECONDS");
     app.add_flag("--json", globals->json, "print one JSON document per command");
     app.add_flag("--no-cache", globals->noCache,
                  "switch the library's message cache off before the first call");

@@ -172,6 +172,17 @@ INSTANTIATE_TEST_SUITE_P(
       return n;
     });
 
+TEST(SettingsCheck, TheShippedExampleFileReadsWithoutAWarning) {
+  const std::string path = std::string(APPMGR_SOURCE_DIR) + "/packaging/appmgrnet.ini";
+  const std::string text = ReadFileText(path);
+  ASSERT_FALSE(text.empty()) << path;
+  KpSettings::Parsed p = KpSettings::Parse(text, path);
+  std::vector<std::string> all = p.warnings;
+  for (std::string& w : KpSettings::Check(p, path)) all.push_back(w);
+  EXPECT_TRUE(all.empty()) << all.front();
+  EXPECT_EQ(p.values.count("controlhost\nshostname"), 1u);
+}
+
 TEST(SettingsStore, TheOverlayWinsOverTheFileAndDescribesAPlatformOnItsOwn) {
   TestSettings t("[Controlhost]\nsHOSTNAME = from-file\nsCLIENTNAME = file-client\n");
   setenv(KpSettings::kOverlayVariable, "[controlhost]\nshostname = from-overlay\n[Netwrk]\nn = 1\n",
