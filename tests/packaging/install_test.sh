@@ -75,7 +75,7 @@ check_consumer() {  # what, program
 }
 
 # 1. find_package(appmgrnet)
-cmake -S "$source_dir/tests/install/consumer" -B "$work/cmake-consumer" -G "$generator" \
+cmake -S "$source_dir/tests/packaging/consumer" -B "$work/cmake-consumer" -G "$generator" \
   -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$prefix" >"$work/cmake.log" 2>&1 ||
   fail "find_package(appmgrnet) failed: $(cat "$work/cmake.log")"
 cmake --build "$work/cmake-consumer" >>"$work/cmake.log" 2>&1 ||
@@ -86,7 +86,7 @@ check_consumer "find_package" "$work/cmake-consumer/consumer"
 export PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
 [[ $(pkg-config --modversion appmgrnet) == 1.* ]] || fail "pkg-config does not know appmgrnet"
 # shellcheck disable=SC2046
-"$cxx" -std=c++17 -o "$work/pc-consumer" "$source_dir/tests/install/consumer/consumer.cc" \
+"$cxx" -std=c++17 -o "$work/pc-consumer" "$source_dir/tests/packaging/consumer/consumer.cc" \
   $(pkg-config --cflags --libs appmgrnet) -Wl,-rpath,"$(pkg-config --variable=libdir appmgrnet)" \
   2>"$work/pc.log" || fail "building with pkg-config failed: $(cat "$work/pc.log")"
 check_consumer "pkg-config" "$work/pc-consumer"
