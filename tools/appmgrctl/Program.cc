@@ -136,7 +136,7 @@ std::string DiagnoseCommand(const std::vector<std::string>& words) {
 }
 
 // Parses `words` (without the program name). `globals` is null for a batch line, which takes
-// only a command. kDone: help or the version was printed on `out`.
+// only a command. kDone: help was printed on `out`; kVersion: --version was asked for.
 Parsed Parse(const std::vector<std::string>& words, Globals* globals, Invocation* inv,
              std::ostream& out, std::string* error) {
   CLI::App app("Reads and changes the App Manager's configuration through libappmgrnet.so.",
