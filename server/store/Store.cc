@@ -131,8 +131,9 @@ CLmError Store::CheckIntegrity() {
     if (CLmError e = keys.Step(&row)) return e;
     if (!row) break;
     // The row id is null for a table without row ids.
-    std::string row = keys.IsNull(1) ? "a row of " : "row " + std::to_string(keys.Int(1)) + " of ";
-    problems.push_back(row + keys.Text(0) + " refers to a missing row of " + keys.Text(2));
+    std::string which =
+        keys.IsNull(1) ? "a row of " : "row " + std::to_string(keys.Int(1)) + " of ";
+    problems.push_back(which + keys.Text(0) + " refers to a missing row of " + keys.Text(2));
   }
   if (problems.empty()) return CLmError();
   std::string text = path_ + " failed its integrity check (" + std::to_string(problems.size()) +
