@@ -372,6 +372,12 @@ TEST_F(AppmgrctlTest, HostOptionsNameTheServerWithoutASettingsFile) {
   // Commands that ask no Controlhost need no settings.
   run = RunCtl({"--lib", APPMGRNET_PATH, "stats"}, "", noFile);
   EXPECT_EQ(run.status, 0) << run.err;
+  // Nor does a caller that names the server in its own overlay.
+  run = RunCtl({"--lib", APPMGRNET_PATH, "bs", "client-id", "105"}, "",
+               {{"APPMGR_SETTINGS", "/nonexistent/a.ini"},
+                {"APPMGR_SETTINGS_OVERLAY",
+                 "[Controlhost]\nsHOSTNAME = " + server_.host() + "\nsCLIENTNAME = ch01\n"}});
+  EXPECT_EQ(run.status, 0) << run.err;
 }
 
 TEST_F(AppmgrctlTest, ChangesAndHelpersReportWhatTheyDid) {

@@ -512,9 +512,11 @@ bool UsesTheControlhost(const Command& c) {
 
 // The library would read a missing settings file as an empty one and fail with a connect
 // string that names no host. Said plainly instead, before anything is loaded; empty when the
-// file is there (or --host makes it unnecessary).
+// file is there, or when --host or an overlay in the environment may make it unnecessary (the
+// library then names what is missing itself).
 std::string MissingSettings(const Globals& g) {
   if (!g.host.empty()) return {};
+  if (const char* overlay = std::getenv(kOverlayVariable); overlay && *overlay) return {};
   std::string path = g.settings;
   std::string from = "--settings";
   if (path.empty()) {
