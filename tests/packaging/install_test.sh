@@ -2,7 +2,8 @@
 # Installs a build into a temporary prefix, as a packager would, and uses it as a user would:
 # a program built with find_package(appmgrnet) and one built with pkg-config each look up a
 # backup set on the installed appmgrd; the installed appmgrctl finds the installed library by
-# itself; the man pages, completion, unit and package files are where they belong.
+# itself; the man pages, completion, unit and package files are where they belong, and every
+# installed header compiles on its own.
 #
 #   install_test.sh SOURCE_DIR BUILD_DIR CXX_COMPILER GENERATOR LIBDIR BINDIR SBINDIR
 #
@@ -50,6 +51,18 @@ done
 grep -q '^\.SH OPTIONS' "$prefix/share/man/man8/appmgrd.8" || fail "appmgrd.8 has no options"
 grep -q 'max\\-frame\\-bytes' "$prefix/share/man/man8/appmgrd.8" ||
   fail "appmgrd.8 was not made from appmgrd --help"
+
+# Every installed header compiles on its own against the installed tree alone, in the C++17 the
+# package promises its users: a public header that includes a file that is not installed (or
+# needs a newer language) would break every consumer that includes it.
+headers=0
+while IFS= read -r header; do
+  printf '#include "%s"\n' "${header#"$prefix/include/"}" >"$work/header.cc"
+  "$cxx" -std=c++17 -fsyntax-only -I"$prefix/include" "$work/header.cc" \
+    >"$work/header.log" 2>&1 || fail "$header does not compile on its own: $(cat "$work/header.log")"
+  headers=$((headers + 1))
+done < <(find "$prefix/include" -name '*.h' | sort)
+((headers > 0)) || fail "no headers installed"
 
 # The installed server, on a free port, with the demo data.
 "$prefix/$sbindir/appmgrd" --data "$work/data" --port 0 --port-file "$work/port" \
