@@ -357,10 +357,22 @@ TEST_F(AppmgrctlTest, HostOptionsNameTheServerWithoutASettingsFile) {
     EXPECT_EQ(json::parse(run.out)["value"], 7);
   }
   // --host wins over the settings file's Controlhost, which here names nothing that listens.
-  TestSettings elsewhere("[Controlhost]\nsHOSTNAME = 127.0.0.1:1\nsCLIENTNAME = ch01\n", 1);
+  // The rest of the file still applies (the log folder), and what in it looks mistaken is
+  // logged once, when the process's log starts.
+  TestSettings elsewhere(
+      "[Controlhost]\nsHOSTNAME = 127.0.0.1:1\nsCLIENTNAME = ch01\n[EventManager]\nnDebugLvl = 4\n",
+      1);
   CtlRun run = RunCtl({"--lib", APPMGRNET_PATH, "--settings", elsewhere.path(), "--host",
-                       server_.host(), "bs", "client-id", "105"});
+                       server_.host(), "batch", "-"},
+                      "bs client-id 105\nbs client-id 105\n");
   EXPECT_EQ(run.status, 0) << run.err;
+  const std::string log = ReadFileText(elsewhere.logDir() + "/appmgrctl.log");
+  const std::string warning = "ERR [KpSettings] settings: " + elsewhere.path() +
+                              ":5: [EventManager] nDebugLvl is not a setting this system reads "
+                              "(did you mean nDebugLevel?)\n";
+  const size_t first = log.find(warning);
+  EXPECT_NE(first, std::string::npos) << log;
+  EXPECT_EQ(log.find(warning, first + 1), std::string::npos) << "logged more than once:\n" << log;
 
   // Without --host, a missing settings file is said plainly, before anything is loaded.
   run = RunCtl({"--lib", "/nonexistent/lib.so", "bs", "lookup", "102"}, "", noFile);
