@@ -1,15 +1,18 @@
 # Entry points. `make check` is what CI runs: the plain build and its tests, the tests again
 # under AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests under
-# ThreadSanitizer, and a short run of every fuzzer.
+# ThreadSanitizer, a short run of every fuzzer, and a Release build of the library and the
+# programs. Every build here treats warnings as errors (APPMGR_WERROR); a packager's own cmake
+# run does not.
 JOBS      ?= $(shell nproc)
 FUZZ_SECS ?= 20
 
 # A compiler cache, when the machine has one, speeds rebuilds in development; CI has none.
 LAUNCHER := $(if $(shell command -v ccache 2>/dev/null),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-CMAKE = cmake -G Ninja -Wno-dev $(LAUNCHER)
-CTEST = ctest --output-on-failure -j $(JOBS) --timeout 300
+CMAKE = cmake -G Ninja -Wno-dev $(LAUNCHER) -DAPPMGR_WERROR=ON
+# A build that found no tests (GoogleTest missing) must not pass for a green run.
+CTEST = ctest --output-on-failure --no-tests=error -j $(JOBS) --timeout 300
 
-.PHONY: all build test asan tsan fuzz check bench demo clean format
+.PHONY: all build test asan tsan fuzz release check bench demo protocol-doc clean format
 
 all: build
 
@@ -40,7 +43,13 @@ fuzz:
 	cmake --build build-fuzz -j $(JOBS)
 	FUZZ_SECS=$(FUZZ_SECS) scripts/run-fuzzers.sh build-fuzz
 
-check: test asan tsan fuzz
+# What a packager builds: Release, the library and the programs only (no tests, no benchmarks).
+release:
+	$(CMAKE) -S . -B build-release -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
+	  -DAPPMGR_BUILD_BENCH=OFF >/dev/null
+	cmake --build build-release -j $(JOBS)
+
+check: test asan tsan fuzz release
 
 bench: build
 	scripts/run-benchmarks.sh build
@@ -48,8 +57,13 @@ bench: build
 demo: build
 	scripts/demo.sh
 
+# Regenerates the generated part of docs/protocol.md from the message catalogue.
+protocol-doc:
+	$(CMAKE) -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	cmake --build build -j $(JOBS) --target protocol-doc
+
 format:
 	git ls-files '*.h' '*.cc' | xargs clang-format -i
 
 clean:
-	rm -rf build build-asan build-tsan build-fuzz
+	rm -rf build build-asan build-tsan build-fuzz build-rel build-release

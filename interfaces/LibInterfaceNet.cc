@@ -7,6 +7,7 @@
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/AppIdInterfaceNet.h"
+#include "appmgr/AppMgrVersion.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/ClientInterfaceNet.h"
 #include "interfaces/ClientGroupInterfaceNet.h"
@@ -103,6 +104,10 @@ __attribute__((visibility("default"))) int GetClientLibraryStatistics(AppMgrNetS
   PoolStats(AppMgrSessionPoolSingleton::currentLitePool(), &out->litePoolExists, &out->litePoolOpen,
             &out->litePoolLent, &out->litePoolAttached, &out->litePoolReplaced);
   return 0;
+}
+
+__attribute__((visibility("default"))) const char* GetClientLibraryVersion() {
+  return APPMGRNET_VERSION;
 }
 
 }  // extern "C"

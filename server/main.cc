@@ -1,24 +1,41 @@
-// appmgrd: the App Manager server. docs/server.md describes its options, files and exit codes.
+// appmgrd: the App Manager server. docs/server.md describes its options, files, signals and exit
+// codes.
 //
-// Start-up: parse the command line (exit 2 on a mistake), prepare the data folder, open the
-// database (loading the fixture when the database is new), register the handlers, listen, write
-// the port file, print one line on stdout. Then the main thread waits in sigwait for SIGINT or
-// SIGTERM, which every thread has blocked since the first line of main, so no handler code ever
-// runs in signal context; on either it stops the server (closing every connection), closes the
-// database and exits 0. Any failure to start is one line on stderr and exit 1.
+// Start-up: parse the command line (exit 2 on a mistake), then bind the listening port before
+// anything is written, so a second server started on a busy port leaves no folder, log or
+// database behind. Then prepare the data folder, start the log (a file, or stderr / the systemd
+// journal), report the settings file's warnings, open the database (loading the fixture when the
+// database is new; with --check, verifying it), register the handlers, accept connections, write
+// the port file, print one line on stdout and tell systemd it is ready. The main thread then waits
+// in sigwait for SIGINT, SIGTERM or SIGHUP, which every thread has blocked since the first line of
+// main, so no handler code ever runs in signal context: SIGHUP reopens the log file, the other
+// two stop the server (closing every connection), close the database and exit 0. Any failure to
+// start is one line on stderr and exit 1.
+//
+// Files are created without access for others (umask 027 at least): the database and the
+// received files hold the installation's configuration.
 #include <pthread.h>
 #include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "appmgr/AppMgrVersion.h"
 #include "platform/base/EvDebug.h"
+#include "platform/base/KpSettings.h"
+#include "platform/net/Frame.h"
 #include "platform/net/Socket.h"
 #include "server/core/Server.h"
 #include "server/handlers/AllHandlers.h"
@@ -50,7 +67,13 @@ struct Config {
   size_t maxConnections = 256;
   std::string webConsoleUrl;
   uint64_t maxFileMb = 256;
+  size_t maxFrameBytes = 0;  // 0: [Network] nMaxFrameBytes of the settings, else 16 MiB
+  std::string logTo;         // "file", "stderr", "journal"; empty: journal under systemd, else file
+  bool check = false;
 };
+
+constexpr size_t kMinFrameBytes = 4096;
+constexpr size_t kMaxFrameBytes = size_t{1} << 30;
 
 // One line, whatever the error text holds.
 std::string OneLine(std::string text) {
@@ -110,10 +133,24 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
   app.add_option("--max-file-mb", c->maxFileMb, "largest file accepted by file transfer, in MiB")
       ->capture_default_str()
       ->check(CLI::Range(1, 1 << 20));
+  app.add_option("--max-frame-bytes", c->maxFrameBytes,
+                 "largest frame payload received or sent, in bytes (default: [Network] "
+                 "nMaxFrameBytes of the settings file, else 16777216)")
+      ->check(CLI::Range(kMinFrameBytes, kMaxFrameBytes).description(""))
+      ->type_name("BYTES");
+  app.add_option("--log-to", c->logTo,
+                 "where the log goes: file (LOGDIR/appmgrd.log), stderr, or journal (stderr "
+                 "for the systemd journal); default: journal when stderr is the journal, else file")
+      ->check(CLI::IsMember({"file", "stderr", "journal"}).description(""))
+      ->type_name("file|stderr|journal");
+  app.add_flag("--check", c->check,
+               "check the whole database (SQLite integrity and foreign keys) before serving; a "
+               "damaged database fails the start");
+  app.set_version_flag("--version", "appmgrd " APPMGRNET_VERSION);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    if (e.get_exit_code() == 0) {  // --help
+    if (e.get_exit_code() == 0) {  // --help, --version
       *exitCode = app.exit(e);
       return false;
     }
@@ -123,6 +160,42 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
   }
   if (c->logDir.empty()) c->logDir = (fs::path(c->dataDir) / "log").string();
   return true;
+}
+
+// True when stderr is a stream of the systemd journal: systemd names the stream it connected in
+// JOURNAL_STREAM as "device:inode", which must be our fd 2 (a child of the service may have
+// redirected it).
+bool StderrIsTheJournal() {
+  const char* stream = std::getenv("JOURNAL_STREAM");
+  unsigned long long device = 0, inode = 0;
+  if (stream == nullptr || std::sscanf(stream, "%llu:%llu", &device, &inode) != 2) return false;
+  struct stat st {};
+  return ::fstat(STDERR_FILENO, &st) == 0 && st.st_dev == device && st.st_ino == inode;
+}
+
+EvLogConfig::Target LogTarget(const std::string& logTo) {
+  if (logTo == "stderr") return EvLogConfig::Target::kStderr;
+  if (logTo == "journal") return EvLogConfig::Target::kJournal;
+  if (logTo == "file") return EvLogConfig::Target::kFile;
+  return StderrIsTheJournal() ? EvLogConfig::Target::kJournal : EvLogConfig::Target::kFile;
+}
+
+// Tells systemd (Type=notify) about the service's state; does nothing when not started by it.
+// The protocol is one datagram to the socket NOTIFY_SOCKET names ('@' for the abstract space).
+void NotifySystemd(const std::string& state) {
+  const char* path = std::getenv("NOTIFY_SOCKET");
+  if (path == nullptr || (path[0] != '/' && path[0] != '@')) return;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  size_t length = std::strlen(path);
+  if (length >= sizeof address.sun_path) return;
+  std::memcpy(address.sun_path, path, length);
+  if (path[0] == '@') address.sun_path[0] = '\0';
+  int fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (fd < 0) return;
+  ::sendto(fd, state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<sockaddr*>(&address),
+           static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length));
+  ::close(fd);
 }
 
 CLmError CreateFolder(const std::string& path, const char* what) {
@@ -162,7 +235,8 @@ void RemoveDatabase(const std::string& path) {
 }
 
 // Opens the database; a new one gets the fixture. A new database that fails to open or to take
-// the fixture is removed again, so the next start is again a first start.
+// the fixture is removed again, so the next start is again a first start. With --check an
+// existing database is read whole and verified first.
 CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   std::string path = (fs::path(c.dataDir) / "appmgr.db").string();
   std::error_code ec;
@@ -173,6 +247,13 @@ CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   }
   EvEventWrapper::DebugLvl(kLabel, 1, "database %s (%s), schema version %d", path.c_str(),
                            fresh ? "new" : "existing", (*store)->schema_version());
+  if (c.check && !fresh) {
+    if (CLmError e = (*store)->CheckIntegrity()) {
+      store->reset();
+      return e;
+    }
+    EvEventWrapper::DebugLvl(kLabel, 1, "integrity check of %s: ok", path.c_str());
+  }
   if (!fresh || c.fixture.empty()) return CLmError();
   if (CLmError e = appmgr::server::LoadFixtureFile(**store, c.fixture)) {
     store->reset();
@@ -183,26 +264,10 @@ CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   return CLmError();
 }
 
-int Run(const Config& c, const sigset_t& stopSignals) {
-  if (CLmError e = CreateFolder(c.dataDir, "data folder")) return StartFailed(e.Text());
-  if (CLmError e = CreateFolder(c.logDir, "log folder")) return StartFailed(e.Text());
-  const std::string tempDir = (fs::path(c.dataDir) / "Temp").string();
-  if (CLmError e = CreateFolder(tempDir, "file-transfer folder")) return StartFailed(e.Text());
-  EvLogConfig log;
-  log.directory = c.logDir;
-  log.fileName = "appmgrd.log";
-  log.level = c.logLevel;
-  EvLog::Configure(log);
-  gLogConfigured = true;
+int Run(const Config& c, const sigset_t& signals) {
   std::error_code ec;
   std::string dataDir = fs::absolute(c.dataDir, ec).lexically_normal().string();
   if (ec) dataDir = c.dataDir;
-  EvEventWrapper::DebugLvl(kLabel, 1, "starting: data %s, listen %s, port %u", dataDir.c_str(),
-                           c.listen.c_str(), c.port);
-
-  std::unique_ptr<Store> store;
-  if (CLmError e = OpenStore(c, &store)) return StartFailed(e.Text());
-
   ServerOptions options;
   options.address = c.listen;
   options.port = c.port;
@@ -211,7 +276,43 @@ int Run(const Config& c, const sigset_t& stopSignals) {
   options.idleTimeoutSeconds = c.idleTimeoutSeconds;
   options.tempDirectory = (fs::path(dataDir) / "Temp").string();  // absolute, as logged
   options.maxFileBytes = c.maxFileMb << 20;
+  options.maxFrameBytes = c.maxFrameBytes ? c.maxFrameBytes : appmgr::net::MaxFramePayload();
   Server server(options);
+  // The port first: nothing is created or written when it cannot be had.
+  if (CLmError e = server.Listen()) {
+    return StartFailed("cannot listen on " + appmgr::net::HostPortText(c.listen, c.port) + ": " +
+                       e.Text());
+  }
+
+  const EvLogConfig::Target target = LogTarget(c.logTo);
+  if (CLmError e = CreateFolder(c.dataDir, "data folder")) return StartFailed(e.Text());
+  if (target == EvLogConfig::Target::kFile) {
+    if (CLmError e = CreateFolder(c.logDir, "log folder")) return StartFailed(e.Text());
+  }
+  const std::string tempDir = (fs::path(c.dataDir) / "Temp").string();
+  if (CLmError e = CreateFolder(tempDir, "file-transfer folder")) return StartFailed(e.Text());
+  EvLogConfig log;
+  log.target = target;
+  log.directory = c.logDir;
+  log.fileName = "appmgrd.log";
+  log.level = c.logLevel;
+  EvLog::Configure(log);
+  gLogConfigured = true;
+  EvEventWrapper::DebugLvl(
+      kLabel, 1, "starting %s: data %s, listen %s, port %u, frames up to %zu bytes",
+      APPMGRNET_VERSION, dataDir.c_str(), c.listen.c_str(), server.port(), options.maxFrameBytes);
+  // A setting that is silently not applied is a fault nobody can find: each warning is an error
+  // line of the log and, when the log is a file, a line on stderr too.
+  for (const std::string& w : KpSettings::Instance().Warnings()) {
+    EvEventWrapper::Error(kLabel, "settings: %s", w.c_str());
+    if (target == EvLogConfig::Target::kFile) {
+      std::fprintf(stderr, "appmgrd: warning: settings: %s\n", OneLine(w).c_str());
+    }
+  }
+
+  std::unique_ptr<Store> store;
+  if (CLmError e = OpenStore(c, &store)) return StartFailed(e.Text());
+
   appmgr::server::RegisterAllHandlers(server, *store, {c.webConsoleUrl});
   if (CLmError e = server.Start()) {
     return StartFailed("cannot listen on " + appmgr::net::HostPortText(c.listen, c.port) + ": " +
@@ -227,10 +328,17 @@ int Run(const Config& c, const sigset_t& stopSignals) {
   EvEventWrapper::DebugLvl(kLabel, 1, "listening on %s", where.c_str());
   std::printf("appmgrd listening on %s (data %s)\n", where.c_str(), dataDir.c_str());
   std::fflush(stdout);
+  NotifySystemd("READY=1\nSTATUS=listening on " + where);
 
   int sig = 0;
-  while (sigwait(&stopSignals, &sig) != 0) {
+  for (;;) {
+    if (sigwait(&signals, &sig) != 0) continue;
+    if (sig != SIGHUP) break;
+    // Log rotation has renamed the file (or removed it): start a new one under the old name.
+    EvLog::Reopen();
+    EvEventWrapper::DebugLvl(kLabel, 1, "reopened the log on SIGHUP");
   }
+  NotifySystemd("STOPPING=1");
   EvEventWrapper::DebugLvl(kLabel, 1, "stopping on %s", sig == SIGINT ? "SIGINT" : "SIGTERM");
   server.Stop();
   store.reset();
@@ -244,16 +352,19 @@ int Run(const Config& c, const sigset_t& stopSignals) {
 int main(int argc, char** argv) {
   // Blocked before any thread exists, so every thread inherits the mask and the signals are
   // only ever taken by sigwait in Run.
-  sigset_t stopSignals;
-  sigemptyset(&stopSignals);
-  sigaddset(&stopSignals, SIGINT);
-  sigaddset(&stopSignals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   // Sockets never raise SIGPIPE; a closed stdout must not kill the server either.
   ::signal(SIGPIPE, SIG_IGN);
+  // No access for others to anything the server creates; a stricter umask is kept.
+  ::umask(::umask(0) | 027);
 
   Config config;
   int exitCode = 0;
   if (!ParseCommandLine(argc, argv, &config, &exitCode)) return exitCode;
-  return Run(config, stopSignals);
+  return Run(config, signals);
 }

@@ -1,6 +1,6 @@
 // The exported functions of libappmgrnet.so, found by name with dlsym.
 //
-//   void* lib = dlopen("libappmgrnet.so", RTLD_NOW);
+//   void* lib = dlopen(APPMGRNET_SONAME, RTLD_NOW);   // "libappmgrnet.so.1"
 //   auto get = reinterpret_cast<AppMgrGetLibraryInterfaceFn>(dlsym(lib, "getLibraryInterface"));
 //   BSInterface* bs = static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET));
 //   ...
@@ -11,6 +11,8 @@
 
 #include <cstdint>
 #include <string>
+
+#include "appmgr/AppMgrVersion.h"
 
 // Interface type codes of getLibraryInterface.
 enum AppMgrInterfaceCode : int {
@@ -65,6 +67,8 @@ void CleanClientSessionPool();
 void TerminateClientSessions();
 // Fills `out` with the session layer's counters; 0 on success, 1 when `out` is null.
 int GetClientLibraryStatistics(AppMgrNetStatistics* out);
+// The version of the loaded library, "MAJOR.MINOR.PATCH"; a static text.
+const char* GetClientLibraryVersion();
 }
 
 typedef void* (*AppMgrGetLibraryInterfaceFn)(int);
@@ -73,3 +77,4 @@ typedef int (*AppMgrEnableServerSideMessageCacheFn)(unsigned long);
 typedef int (*AppMgrGetDataInPreInstallModeFn)(const std::string&, std::string&, const std::string&);
 typedef void (*AppMgrVoidFn)();
 typedef int (*AppMgrGetClientLibraryStatisticsFn)(AppMgrNetStatistics*);
+typedef const char* (*AppMgrGetClientLibraryVersionFn)();

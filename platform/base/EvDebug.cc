@@ -13,6 +13,7 @@
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
 
 #include "platform/base/KpSettings.h"
 
@@ -69,10 +70,26 @@ std::shared_ptr<spdlog::logger> OpenLogger(const std::string& directory, const s
   }
 }
 
+std::shared_ptr<spdlog::logger> StderrLogger(EvLogConfig::Target target, std::string* path) {
+  auto logger = std::make_shared<spdlog::logger>("appmgrnet",
+                                                 std::make_shared<spdlog::sinks::stderr_sink_mt>());
+  logger->set_pattern(target == EvLogConfig::Target::kJournal ? "%v" : kPattern);
+  logger->set_level(spdlog::level::trace);
+  logger->flush_on(spdlog::level::trace);
+  *path = "";
+  return logger;
+}
+
 void ApplyLocked(LogState& s, const EvLogConfig& config) {
   s.config = config;
   if (s.config.fileName.empty()) s.config.fileName = ProgramName() + ".log";
   if (s.config.directory.empty()) s.config.directory = kDefaultDirectory;
+  if (s.config.target != EvLogConfig::Target::kFile) {
+    s.logger = StderrLogger(s.config.target, &s.path);
+    s.configured = true;
+    EvLog::level_.store(s.config.level, std::memory_order_relaxed);
+    return;
+  }
   s.logger = OpenLogger(s.config.directory, s.config.fileName, s.config.maxFileBytes,
                         s.config.maxFiles, &s.path);
   if (!s.logger) {
@@ -100,9 +117,29 @@ EvLogConfig ConfigFromSettings() {
   return c;
 }
 
+// Configures the log from the settings when nothing has yet; true when this call did.
+bool ConfigureOnceLocked(LogState& s) {
+  if (s.configured) return false;
+  ApplyLocked(s, ConfigFromSettings());
+  return true;
+}
+
+// After the log first configures itself from the settings: what the settings file holds that
+// was ignored or looks mistaken, once per process, as error lines, since a setting that is
+// silently not applied is a fault an administrator must be able to find.
+void LogSettingsWarnings() {
+  for (const std::string& w : KpSettings::Instance().Warnings()) {
+    EvLog::Write(true, 0, "KpSettings", "settings: " + w);
+  }
+}
+
 void EnsureConfigured(LogState& s) {
-  std::lock_guard lock(s.mutex);
-  if (!s.configured) ApplyLocked(s, ConfigFromSettings());
+  bool first = false;
+  {
+    std::lock_guard lock(s.mutex);
+    first = ConfigureOnceLocked(s);
+  }
+  if (first) LogSettingsWarnings();
 }
 
 // One event, one line: control characters would split it or corrupt a terminal.
@@ -153,6 +190,14 @@ void EvLog::ConfigureFromSettings() {
   Configure(c);
 }
 
+void EvLog::Reopen() {
+  LogState& s = TheLog();
+  std::lock_guard lock(s.mutex);
+  // A line being written holds its own reference to the old logger, which closes its file
+  // when the last such line is done.
+  if (s.configured) ApplyLocked(s, s.config);
+}
+
 void EvLog::SetLevel(int level) {
   LogState& s = TheLog();
   EnsureConfigured(s);
@@ -180,15 +225,22 @@ void EvLog::Write(bool error, int level, const char* label, std::string_view tex
                   EvLogFile* file) {
   LogState& s = TheLog();
   std::shared_ptr<spdlog::logger> logger;
+  bool journal = false;
   {
-    std::lock_guard lock(s.mutex);
-    if (!s.configured) ApplyLocked(s, ConfigFromSettings());
+    std::unique_lock lock(s.mutex);
+    if (ConfigureOnceLocked(s)) {
+      lock.unlock();  // the warnings are lines of their own
+      LogSettingsWarnings();
+      lock.lock();
+    }
     if (!error && level > s.config.level) return;
     logger = (file && file->impl()->logger) ? file->impl()->logger : s.logger;
+    journal = s.config.target == EvLogConfig::Target::kJournal && logger == s.logger;
   }
   const char* safeLabel = label ? label : "";
   std::string line;
   line.reserve(text.size() + 48);
+  if (journal) line += error ? "<3>" : level <= 1 ? "<6>" : "<7>";  // syslog priorities
   if (error) {
     line += "ERR [";
   } else {

@@ -3,7 +3,8 @@
 // Every line is written to one file per program in the configured log directory, as
 //   2026-11-22 10:01:02.123456 4242:4250 D4 [ClientSessionWrapper::send] Entry(...)
 // (time, pid:thread, "ERR" or "D<level>", [label], text). Control characters in the text are
-// escaped so that one event is one line. Nothing is ever written to stdout or stderr.
+// escaped so that one event is one line. The library never writes to stdout or
+// stderr; a program may choose stderr (or the journal) instead of the file (EvLogConfig::target).
 //
 // Error lines are always written. A debug line is written when its level is at most the
 // configured debug level; a line above the level costs one comparison and is never formatted.
@@ -30,6 +31,12 @@
 #define EV_PRINTF(fmt_index, first_arg) __attribute__((format(printf, fmt_index, first_arg)))
 
 struct EvLogConfig {
+  // Where lines go. kFile: the file below. kStderr: standard error, in the file's format.
+  // kJournal: standard error read by the systemd journal, each line opened by its syslog
+  // priority ("<3>" error, "<6>" level 0 and 1, "<7>" debug) and without the time, which the
+  // journal adds. Only the programs choose kStderr or kJournal; the library always writes a file.
+  enum class Target { kFile, kStderr, kJournal };
+  Target target = Target::kFile;
   std::string directory;         // created when missing
   std::string fileName;          // default: "<program name>.log"
   int level = 1;                 // debug lines above this level are dropped
@@ -58,6 +65,9 @@ class EvLog {
 
   static void Configure(const EvLogConfig& config);
   static void ConfigureFromSettings();
+  // Closes the log file and opens it again under its name, so that a file renamed by log
+  // rotation is left alone and a new one started (a server does this on SIGHUP).
+  static void Reopen();
   static void SetLevel(int level);
   static int Level();
   // Path of the file being written; empty when no file could be opened.

@@ -37,6 +37,79 @@ std::string PathFromEnvironment() {
   return (env && *env) ? env : KpSettings::kDefaultPath;
 }
 
+// Every section and key this system reads (docs/settings.md). A key read anywhere must be
+// listed here, or a file that sets it is warned about. [Features] takes any name.
+struct KnownSection {
+  const char* name;
+  std::vector<const char*> keys;
+};
+const std::vector<KnownSection>& KnownSections() {
+  static const auto* known = new std::vector<KnownSection>{
+      {"Platform",
+       {"nPlatformType", "sPhysicalMachine", "sClientName", "sInstallDirectory", "sFocus"}},
+      {"Controlhost",
+       {"sHOSTNAME", "sCLIENTNAME", "sINSTALLDIRECTORY", "sAPPMGRHOSTNAME", "sAPPMGRCLIENTNAME"}},
+      {"EventManager",
+       {"nDebugLevel", "sLogDirectory", "nLogFileMaxKB", "nLogFiles", "nDisableAppMessageCache",
+        "nServiceCacheExpirationTimeMinutes"}},
+      {"FileSystemAgent", {"nLaptopAgent"}},
+      {"Features", {}},
+      {"Network",
+       {"nMaxFrameBytes", "nIoTimeoutSeconds", "nAttachTimeoutSeconds", "nCallTimeoutSeconds"}},
+  };
+  return *known;
+}
+
+bool SameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
+                                            [](char x, char y) { return Fold(x) == Fold(y); });
+}
+
+// Edit distance without regard to case, for "did you mean".
+size_t Distance(std::string_view a, std::string_view b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      size_t above = row[j];
+      row[j] = std::min(
+          {row[j] + 1, row[j - 1] + 1, diagonal + (Fold(a[i - 1]) == Fold(b[j - 1]) ? 0 : 1)});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+// " (did you mean X?)" for the closest candidate within a third of the name's length.
+template <class Names>
+std::string Suggestion(std::string_view name, const Names& candidates, const char* open,
+                       const char* close) {
+  std::string best;
+  size_t bestDistance = std::max<size_t>(1, name.size() / 3) + 1;
+  for (std::string_view candidate : candidates) {
+    size_t d = Distance(name, candidate);
+    if (d < bestDistance) {
+      bestDistance = d;
+      best = candidate;
+    }
+  }
+  return best.empty() ? std::string() : " (did you mean " + std::string(open) + best + close + "?)";
+}
+
+// A blank followed by ';' or '#': the writer meant an inline comment, which this format does
+// not have, so the comment became part of the value.
+bool HoldsInlineComment(const std::string& value) {
+  for (size_t i = 1; i < value.size(); ++i) {
+    if ((value[i] == ';' || value[i] == '#') &&
+        std::isspace(static_cast<unsigned char>(value[i - 1]))) {
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 int KpSettings::KeyLess::Compare(const KeyProbe& probe, const std::string& stored) {
@@ -66,6 +139,7 @@ KpSettings::KpSettings() { LoadLocked(PathFromEnvironment()); }
 KpSettings::Parsed KpSettings::Parse(const std::string& text, const std::string& origin) {
   Parsed out;
   std::string section;
+  int sectionLine = 0;
   std::istringstream in(text);
   std::string raw;
   int lineNo = 0;
@@ -83,6 +157,7 @@ KpSettings::Parsed KpSettings::Parse(const std::string& text, const std::string&
         continue;
       }
       section = Trim(line.substr(1, line.size() - 2));
+      sectionLine = lineNo;
       continue;
     }
     size_t eq = line.find('=');
@@ -99,8 +174,73 @@ KpSettings::Parsed KpSettings::Parse(const std::string& text, const std::string&
     if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
       value = value.substr(1, value.size() - 2);
     }
-    out.values[Key(section, key)] = value;
+    const std::string stored = Key(section, key);
+    auto [it, added] = out.where.try_emplace(stored);
+    if (!added) {
+      warn(("[" + section + "] " + key + " is set again; the value of line " +
+            std::to_string(it->second.line) + " is replaced")
+               .c_str());
+    }
+    it->second = {lineNo, sectionLine, section, key};
+    out.values[stored] = value;
   }
+  return out;
+}
+
+std::vector<std::string> KpSettings::Check(const Parsed& parsed, const std::string& origin) {
+  std::vector<std::pair<int, std::string>> found;
+  auto warn = [&](int line, std::string why) {
+    found.emplace_back(line, origin + ":" + std::to_string(line) + ": " + std::move(why));
+  };
+  std::map<std::string, int> unknownSections;  // lower-cased name -> first line
+  std::map<std::string, std::string> sectionSpelling;
+  for (const auto& [stored, value] : parsed.values) {
+    auto w = parsed.where.find(stored);
+    if (w == parsed.where.end()) continue;
+    const Parsed::Where& at = w->second;
+    const std::string name = "[" + at.section + "] " + at.key;
+    const KnownSection* section = nullptr;
+    for (const KnownSection& k : KnownSections()) {
+      if (SameName(k.name, at.section)) section = &k;
+    }
+    if (section == nullptr) {
+      std::string lower = Lower(at.section);
+      const int line = at.sectionLine ? at.sectionLine : at.line;
+      auto [it, added] = unknownSections.try_emplace(lower, line);
+      if (!added) it->second = std::min(it->second, line);
+      sectionSpelling.try_emplace(lower, at.section);
+      continue;
+    }
+    const bool features = std::string_view(section->name) == "Features";
+    if (!features && std::none_of(section->keys.begin(), section->keys.end(),
+                                  [&](const char* k) { return SameName(k, at.key); })) {
+      warn(at.line, name + " is not a setting this system reads" +
+                        Suggestion(at.key, section->keys, "", ""));
+      continue;
+    }
+    const bool number = features || (!at.key.empty() && (at.key[0] == 'n' || at.key[0] == 'N'));
+    unsigned long ignored = 0;
+    if (number && !ParseNumber(value, &ignored)) {
+      warn(at.line,
+           name + " = \"" + value + "\" is not a number, so the default applies" +
+               (HoldsInlineComment(value) ? " (a comment must be on a line of its own)" : ""));
+    } else if (HoldsInlineComment(value)) {
+      warn(at.line, name + " = \"" + value +
+                        "\": the ';' or '#' is part of the value (a comment must be on a line of "
+                        "its own)");
+    }
+  }
+  std::vector<std::string> sectionNames;
+  for (const KnownSection& k : KnownSections()) sectionNames.push_back(k.name);
+  for (const auto& [lower, line] : unknownSections) {
+    const std::string& spelt = sectionSpelling[lower];
+    warn(line, "section [" + spelt + "] is not one this system reads; its keys are ignored" +
+                   Suggestion(spelt, sectionNames, "[", "]"));
+  }
+  std::stable_sort(found.begin(), found.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::vector<std::string> out;
+  for (auto& [line, text] : found) out.push_back(std::move(text));
   return out;
 }
 
@@ -135,15 +275,25 @@ void KpSettings::LoadLocked(const std::string& path) {
   } else {
     parsed_ = Parsed{};
   }
+  const char* overlay = std::getenv(kOverlayVariable);
+  overlay_read_ = overlay && *overlay;
+  overlay_ = overlay_read_ ? Parse(overlay, kOverlayVariable) : Parsed{};
   ++generation_;
+}
+
+const std::string* KpSettings::Find(KeyProbe probe) const {
+  auto it = overlay_.values.find(probe);
+  if (it != overlay_.values.end()) return &it->second;
+  it = parsed_.values.find(probe);
+  return it == parsed_.values.end() ? nullptr : &it->second;
 }
 
 bool KpSettings::GetString(const std::string& section, const std::string& key,
                            std::string* out) const {
   std::shared_lock lock(mutex_);
-  auto it = parsed_.values.find(KeyProbe{section, key});
-  if (it == parsed_.values.end()) return false;
-  if (out) *out = it->second;
+  const std::string* value = Find(KeyProbe{section, key});
+  if (value == nullptr) return false;
+  if (out) *out = *value;
   return true;
 }
 
@@ -184,20 +334,17 @@ bool KpSettings::FileRead() const {
   return file_read_;
 }
 
+bool KpSettings::OverlayRead() const {
+  std::shared_lock lock(mutex_);
+  return overlay_read_;
+}
+
 std::vector<std::string> KpSettings::Warnings() const {
   std::shared_lock lock(mutex_);
   std::vector<std::string> w = parsed_.warnings;
-  // Values that are not numbers are found on use; list the ones that look numeric-typed.
-  for (const auto& [k, v] : parsed_.values) {
-    size_t nl = k.find('\n');
-    if (nl + 1 < k.size() && k[nl + 1] == 'n') {
-      unsigned long ignored;
-      if (!ParseNumber(v, &ignored)) {
-        w.push_back(path_ + ": key " + k.substr(nl + 1) + " in section [" + k.substr(0, nl) +
-                    "] is not a number: \"" + v + "\"");
-      }
-    }
-  }
+  for (std::string& c : Check(parsed_, path_)) w.push_back(std::move(c));
+  w.insert(w.end(), overlay_.warnings.begin(), overlay_.warnings.end());
+  for (std::string& c : Check(overlay_, kOverlayVariable)) w.push_back(std::move(c));
   return w;
 }
 

@@ -5,6 +5,10 @@
 // process at another file and Reload() reads the current one again (tests, and servers on
 // SIGHUP). A missing or unreadable file is an empty store: every key is absent.
 //
+// The overlay: INI text in the environment variable APPMGR_SETTINGS_OVERLAY, read with the
+// file, whose keys win over the file's. It lets a program hand the library a few settings of
+// its own (appmgrctl --host, --timeout) without writing or editing a file.
+//
 // Format: "[Section]" lines open a section; "key = value" lines set a key in it; lines whose
 // first non-blank character is ';' or '#' are comments; blank lines are ignored. Section and key
 // names match without regard to case. Values are trimmed, and one pair of surrounding double
@@ -13,6 +17,10 @@
 //
 // Numbers are decimal, or hexadecimal with a 0x prefix, and must fit in an unsigned long; a
 // value that is not such a number is treated as absent (and reported by Warnings()).
+//
+// Warnings() also reports what is probably a mistake although it reads: a section or key this
+// system does not read (with the known name it is closest to), a key set twice, and a value
+// holding " ;" or " #", an inline comment the format does not have.
 //
 // Thread-safety: every method may be called from any thread.
 #pragma once
@@ -29,6 +37,7 @@ class KpSettings {
  public:
   static constexpr const char* kPathVariable = "APPMGR_SETTINGS";
   static constexpr const char* kDefaultPath = "/etc/appmgrnet/appmgrnet.ini";
+  static constexpr const char* kOverlayVariable = "APPMGR_SETTINGS_OVERLAY";
 
   // The process-wide store; never destroyed.
   static KpSettings& Instance();
@@ -48,7 +57,9 @@ class KpSettings {
   std::string Path() const;
   // True when the current file existed and was read.
   bool FileRead() const;
-  // Lines of the current file that were ignored, as "path:line: reason".
+  // True when the environment held a non-empty overlay at the last read.
+  bool OverlayRead() const;
+  // What in the file (and the overlay) was ignored or looks mistaken, as "path:line: reason".
   std::vector<std::string> Warnings() const;
   // Increments on every Load()/Reload(); readers that cache derived values compare it.
   uint64_t Generation() const;
@@ -68,11 +79,22 @@ class KpSettings {
   };
 
   // Parses INI text; exposed for tests. Keys are stored as "section\nkey", lower-cased.
+  // `warnings` holds the lines that were ignored or overridden, as "origin:line: reason".
   struct Parsed {
+    struct Where {
+      int line = 0;
+      int sectionLine = 0;  // of the "[Section]" line above it; 0 before any
+      std::string section;  // as written
+      std::string key;
+    };
     std::map<std::string, std::string, KeyLess> values;
+    std::map<std::string, Where> where;  // by stored key: the line that set the value
     std::vector<std::string> warnings;
   };
   static Parsed Parse(const std::string& text, const std::string& origin);
+  // What in `parsed` reads but is probably a mistake (unknown names, numbers that are not,
+  // inline comments), as "origin:line: reason", in line order.
+  static std::vector<std::string> Check(const Parsed& parsed, const std::string& origin);
   // Parses a settings number; false for anything that is not a whole unsigned long.
   static bool ParseNumber(const std::string& text, unsigned long* out);
 
@@ -80,10 +102,14 @@ class KpSettings {
   KpSettings();
   void LoadLocked(const std::string& path);
 
+  const std::string* Find(KeyProbe probe) const;
+
   mutable std::shared_mutex mutex_;
   std::string path_;
   bool explicit_path_ = false;
   bool file_read_ = false;
   Parsed parsed_;
+  Parsed overlay_;
+  bool overlay_read_ = false;
   uint64_t generation_ = 0;
 };

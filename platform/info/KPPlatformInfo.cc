@@ -60,7 +60,11 @@ unsigned long KPPI_Base::getPlatformType() const {
   return bits;
 }
 
-bool KPPI_Base::invalidKPPlatform() const { return !KpSettings::Instance().FileRead(); }
+bool KPPI_Base::invalidKPPlatform() const {
+  // Settings handed over in the overlay alone (appmgrctl --host) describe a platform too.
+  const KpSettings& settings = KpSettings::Instance();
+  return !settings.FileRead() && !settings.OverlayRead();
+}
 
 void KPPI_ControlhostRecord::setFocus(const std::string& focus) {
   KPPI_Base::setFocus(focus);

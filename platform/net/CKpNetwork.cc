@@ -42,6 +42,18 @@ int DefaultIoTimeout() {
   return v == 0 || v > 86400 ? 600 : static_cast<int>(v);
 }
 
+// An attach's time-out, shortened to [Network] nAttachTimeoutSeconds when that is set and
+// shorter: the callers' 120 s is fixed, and a tool asked to give up sooner must still be able
+// to bound the connect and the hello.
+int CappedAttachTimeout(int seconds) {
+  unsigned long cap = 0;
+  if (KpSettings::Instance().GetNumber("Network", "nAttachTimeoutSeconds", &cap) && cap > 0 &&
+      cap < static_cast<unsigned long>(seconds)) {
+    return static_cast<int>(cap);
+  }
+  return seconds;
+}
+
 constexpr size_t kFileChunk = 1u << 20;
 
 // The reason a refusal or error frame gives, or "no reason given".
@@ -138,7 +150,7 @@ CLmError CKpNetwork::Attach(const std::string& connect, const std::string& servi
   if (!ParseConnectString(connect, &target)) {
     return Done(CLmError(kKpErrBadArgument, "connect string \"" + connect + "\" names no host"));
   }
-  int seconds = timeoutSeconds > 0 ? timeoutSeconds : 120;
+  int seconds = CappedAttachTimeout(timeoutSeconds > 0 ? timeoutSeconds : 120);
   Deadline deadline = Deadline::After(int64_t(seconds) * 1000);
 
   appmgr::net::Socket socket;

@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "platform/base/KpSettings.h"
+
 using Clock = std::chrono::steady_clock;
 
 KpNetworkPool::KpNetworkPool() { forkGeneration_ = KpForkGeneration(); }
@@ -43,6 +45,16 @@ CLmError KpNetworkPool::initNetworkPool(const char* service, std::string host, s
   client_ = std::move(client);
   ioTimeout_ = ioTimeout ? ioTimeout : 600;
   attachTimeout_ = attachTimeout ? attachTimeout : 120;
+  // The settings may only shorten what the caller asked for: [Network] nIoTimeoutSeconds bounds
+  // the I/O of pooled sessions as it does that of private ones, nAttachTimeoutSeconds every
+  // attach and the wait for a free session.
+  unsigned long cap = 0;
+  if (KpSettings::Instance().GetNumber("Network", "nIoTimeoutSeconds", &cap) && cap > 0) {
+    ioTimeout_ = std::min(ioTimeout_, cap);
+  }
+  if (KpSettings::Instance().GetNumber("Network", "nAttachTimeoutSeconds", &cap) && cap > 0) {
+    attachTimeout_ = std::min(attachTimeout_, cap);
+  }
   maxSessions_ = std::max<unsigned long>(maxSessions, 1);
   idleLimit_ = idleLimit;
   initialised_ = true;

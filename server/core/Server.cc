@@ -146,6 +146,11 @@ size_t Server::OpenConnections() const {
   return n;
 }
 
+CLmError Server::Listen() {
+  if (listener_.valid()) return {};
+  return net::Socket::Listen(options_.address, options_.port, 128, &listener_, &port_);
+}
+
 CLmError Server::Start() {
   if (running_) return {};
   if (!options_.tempDirectory.empty()) {
@@ -155,8 +160,7 @@ CLmError Server::Start() {
       return CLmError(kKpErrIo, "cannot create " + options_.tempDirectory + ": " + ec.message());
     }
   }
-  CLmError e = net::Socket::Listen(options_.address, options_.port, 128, &listener_, &port_);
-  if (e) return e;
+  if (CLmError e = Listen()) return e;
   stopping_ = false;
   running_ = true;
   acceptThread_ = std::thread([this] { AcceptLoop(); });

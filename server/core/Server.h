@@ -132,6 +132,10 @@ class Server {
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
+  // Binds and listens on the address and port without accepting yet (connections wait in the
+  // backlog), so a program can find a busy port before it writes anything. Start() listens
+  // itself when this was not called.
+  CLmError Listen();
   CLmError Start();
   // Closes the listener and every connection, and waits for their threads.
   void Stop();

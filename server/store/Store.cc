@@ -2,7 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/base/EvDebug.h"
 #include "server/store/Fixture.h"
@@ -112,6 +114,36 @@ Store::~Store() {
 
 CLmError Store::LoadFixture(const std::string& path) {
   return LoadFixtureFile(*this, path);
+}
+
+CLmError Store::CheckIntegrity() {
+  Transaction t(*this, "integrity check", Transaction::kRead);
+  std::vector<std::string> problems;
+  bool row = false;
+  Statement integrity = t.Prepare("PRAGMA integrity_check");
+  while (true) {
+    if (CLmError e = integrity.Step(&row)) return e;
+    if (!row) break;
+    if (std::string text = integrity.Text(0); text != "ok") problems.push_back(std::move(text));
+  }
+  Statement keys = t.Prepare("PRAGMA foreign_key_check");
+  while (true) {
+    if (CLmError e = keys.Step(&row)) return e;
+    if (!row) break;
+    // The row id is null for a table without row ids.
+    std::string which =
+        keys.IsNull(1) ? "a row of " : "row " + std::to_string(keys.Int(1)) + " of ";
+    problems.push_back(which + keys.Text(0) + " refers to a missing row of " + keys.Text(2));
+  }
+  if (problems.empty()) return CLmError();
+  std::string text = path_ + " failed its integrity check (" + std::to_string(problems.size()) +
+                     (problems.size() == 1 ? " problem): " : " problems): ");
+  for (size_t i = 0; i < problems.size() && i < 3; ++i) {
+    if (i > 0) text += "; ";
+    text += problems[i];
+  }
+  if (problems.size() > 3) text += "; ...";
+  return CLmError(kStoreErrDatabase, text);
 }
 
 Statement Store::Failed(const char* operation, CLmError error) {

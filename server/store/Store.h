@@ -78,6 +78,11 @@ class Store {
   // transaction: on any failure nothing is inserted, and the error names the entry.
   CLmError LoadFixture(const std::string& path);
 
+  // Reads the whole file and checks it (SQLite's integrity_check, then foreign_key_check).
+  // A damaged file fails with kStoreErrDatabase naming the first few problems and their
+  // number. Costs a read of every page: for a start-up check, not for every request.
+  CLmError CheckIntegrity();
+
   class Transaction;
 
  private:

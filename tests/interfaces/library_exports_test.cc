@@ -65,12 +65,17 @@ ScriptServer* LibraryTest::server_ = nullptr;
 TestSettings* LibraryTest::settings_ = nullptr;
 void* LibraryTest::lib_ = nullptr;
 
-TEST_F(LibraryTest, ExportsTheSevenFunctionsAndHidesTheRest) {
+TEST_F(LibraryTest, ExportsItsFunctionsUnderOneVersionNodeAndHidesTheRest) {
   for (const char* name : {"getLibraryInterface", "EnableClientMessageCache", "EnableServerSideMessageCache",
                            "GetDataInPreInstallMode", "CleanClientSessionPool", "TerminateClientSessions",
-                           "GetClientLibraryStatistics"}) {
-    EXPECT_NE(dlsym(lib_, name), nullptr) << name;
+                           "GetClientLibraryStatistics", "GetClientLibraryVersion"}) {
+    void* plain = dlsym(lib_, name);
+    EXPECT_NE(plain, nullptr) << name;
+    // A program linked against the library binds to this node; a library without it is refused.
+    EXPECT_EQ(dlvsym(lib_, name, "APPMGRNET_1.0"), plain) << name;
+    EXPECT_EQ(dlvsym(lib_, name, "APPMGRNET_0.9"), nullptr) << name;
   }
+  EXPECT_STREQ(Symbol<AppMgrGetClientLibraryVersionFn>("GetClientLibraryVersion")(), APPMGRNET_VERSION);
   EXPECT_EQ(dlsym(lib_, "_ZN14BSInterfaceNet6lookupEmRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERlRmS8_S8_S6_S8_S6_Pv"),
             nullptr);
   EXPECT_EQ(dlsym(lib_, "KPS_PRIM_STRING"), nullptr);

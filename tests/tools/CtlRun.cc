@@ -32,7 +32,7 @@ CtlRun RunCtl(const std::vector<std::string>& args, const std::string& input,
   std::vector<std::string> envp;
   for (char** e = environ; *e; ++e) {
     std::string entry = *e;
-    if (entry.starts_with("APPMGRNET_LIB=") || entry.starts_with("APPMGR_SETTINGS=")) continue;
+    if (entry.starts_with("APPMGR_LIBRARY=") || entry.starts_with("APPMGR_SETTINGS")) continue;
     envp.push_back(entry);
   }
   for (const auto& [key, value] : env) envp.push_back(key + "=" + value);

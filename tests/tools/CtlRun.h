@@ -18,7 +18,7 @@ struct CtlRun {
 };
 
 // Runs appmgrctl (APPMGRCTL_PATH) with `args` and `input` on stdin, in our environment minus the
-// two variables the program reads, plus `env`; killed after 30 seconds.
+// variables the program and its library read, plus `env`; killed after 30 seconds.
 CtlRun RunCtl(const std::vector<std::string>& args, const std::string& input = "",
               const std::map<std::string, std::string>& env = {});
 

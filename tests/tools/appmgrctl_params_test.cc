@@ -72,15 +72,15 @@ TEST_F(AppmgrctlParamsTest, ParamCommandsReadAndSetLikeAConfigurationTool) {
   EXPECT_EQ(CtlJson({"param", "app-set", "302", "2", "off"}),
             (json{{"app", 302}, {"number", 2}, {"value", "0"}}));
 
-  ExpectFailure({"param", "get", "sNothing"}, "error 1: global parameter 'sNothing' is not set");
+  ExpectFailure({"param", "get", "sNothing"}, "appmgrctl: error 1: global parameter 'sNothing' is not set");
   ExpectFailure({"param", "set", "bAllowClientRegistration", "maybe"},
-                "error 3: global parameter 'bAllowClientRegistration' takes 0 or 1 (or yes/no, "
+                "appmgrctl: error 3: global parameter 'bAllowClientRegistration' takes 0 or 1 (or yes/no, "
                 "true/false, on/off), not 'maybe'");
-  ExpectFailure({"param", "remove", "sNothing"}, "error 1: global parameter 'sNothing' is not set");
+  ExpectFailure({"param", "remove", "sNothing"}, "appmgrctl: error 1: global parameter 'sNothing' is not set");
   ExpectFailure({"param", "app-get", "999", "1"},
-                "error 1: client application type 999 does not exist");
+                "appmgrctl: error 1: client application type 999 does not exist");
   ExpectFailure({"param", "app-set", "302", "1", "0"},
-                "error 3: application property 1 (data streams) takes a whole number from 1 to 64, "
+                "appmgrctl: error 3: application property 1 (data streams) takes a whole number from 1 to 64, "
                 "not '0'");
   EXPECT_EQ(Ctl({"param", "set", "sOnlyAName"}).status, 2) << "VALUE is required";
 }
@@ -101,10 +101,10 @@ TEST_F(AppmgrctlParamsTest, GroupAndDomainCommands) {
   EXPECT_EQ(created["id"], 3);
   EXPECT_EQ(created["int3"], 16);
   ExpectFailure({"group", "create", "databases"},
-                "error 2: client group 'databases' already exists (id 3, 'Databases')");
-  ExpectFailure({"group", "lookup", "Nobody"}, "error 1: no client group is named 'Nobody'");
-  ExpectFailure({"group", "update", "Databases"}, "error 655376: Api not implemented.");
-  ExpectFailure({"group", "remove", "3"}, "error 655376: Api not implemented.");
+                "appmgrctl: error 2: client group 'databases' already exists (id 3, 'Databases')");
+  ExpectFailure({"group", "lookup", "Nobody"}, "appmgrctl: error 1: no client group is named 'Nobody'");
+  ExpectFailure({"group", "update", "Databases"}, "appmgrctl: error 655376: Api not implemented.");
+  ExpectFailure({"group", "remove", "3"}, "appmgrctl: error 655376: Api not implemented.");
 
   CtlRun run = Ctl({"domain", "lookup"});
   EXPECT_EQ(run.status, 0) << run.err;
@@ -136,13 +136,13 @@ TEST_F(AppmgrctlParamsTest, GroupAndDomainCommands) {
 
   EXPECT_EQ(Ctl({"domain", "modify"}).status, 2) << "nothing to change";
   ExpectFailure({"domain", "create", "--name", "second"},
-                "error 2: this installation already has a domain (1, 'lab-domain'); modify or "
+                "appmgrctl: error 2: this installation already has a domain (1, 'lab-domain'); modify or "
                 "remove it instead");
   ExpectFailure({"domain", "remove", "2"},
-                "error 1: domain 2 does not exist (this installation's domain is 1)");
+                "appmgrctl: error 1: domain 2 does not exist (this installation's domain is 1)");
   EXPECT_EQ(CtlJson({"domain", "remove", "1"}), (json{{"id", 1}, {"removed", true}}));
-  ExpectFailure({"domain", "lookup"}, "error 1: this installation has no domain");
-  ExpectFailure({"domain", "modify", "--name", "x"}, "error 1: this installation has no domain");
+  ExpectFailure({"domain", "lookup"}, "appmgrctl: error 1: this installation has no domain");
+  ExpectFailure({"domain", "modify", "--name", "x"}, "appmgrctl: error 1: this installation has no domain");
   json fresh =
       CtlJson({"domain", "create", "--name", "rebuilt", "--number", "-4", "--version", "2"});
   EXPECT_EQ(fresh["id"], 1);

@@ -9,7 +9,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "appmgr/AppMgrVersion.h"
+#include "protocol/Messages.h"
 #include "tests/support/AppmgrdProcess.h"
+#include "tests/support/RawPeer.h"
+#include "tests/support/ScriptServer.h"
 #include "tests/support/TestSettings.h"
 #include "tests/tools/CtlRun.h"
 
@@ -187,7 +191,7 @@ TEST_F(AppmgrctlTest, PropertyChangesRoundTrip) {
 
   CtlRun strict = Ctl({"bs", "remove-props", "102", "--strict", "sB", "absent"});
   EXPECT_EQ(strict.status, 1);
-  EXPECT_TRUE(strict.err.starts_with("error 1: ")) << strict.err;
+  EXPECT_TRUE(strict.err.starts_with("appmgrctl: error 1: ")) << strict.err;
   EXPECT_NE(strict.err.find("absent"), std::string::npos) << strict.err;
   EXPECT_EQ(names(), (std::vector<std::string>{"sScanMode=journal", "sB=x=y"}));
 
@@ -204,17 +208,23 @@ TEST_F(AppmgrctlTest, FailuresExitOneWithTheLibrarysStatusAndText) {
     bool exact;  // the whole of stderr
   };
   const Case cases[] = {
-      {{"bs", "lookup", "42"}, "error 1: backup set 42 does not exist\n", true},
-      {{"bs", "delete-all", "42"}, "error 1: backup set 42 does not exist\n", true},
-      {{"bs", "stores", "42"}, "error 1: backup set 42 does not exist\n", true},
-      {{"bs", "default-subclient", "105", "standby"}, "error 1: ", false},
-      {{"bs", "update", "105", "--name", "defaultBackupSet", "--value", "0"}, "error 2: ", false},
+      {{"bs", "lookup", "42"}, "appmgrctl: error 1: backup set 42 does not exist\n", true},
+      {{"bs", "delete-all", "42"}, "appmgrctl: error 1: backup set 42 does not exist\n", true},
+      {{"bs", "stores", "42"}, "appmgrctl: error 1: backup set 42 does not exist\n", true},
+      {{"bs", "default-subclient", "105", "standby"}, "appmgrctl: error 1: ", false},
+      {{"bs", "update", "105", "--name", "defaultBackupSet", "--value", "0"},
+       "appmgrctl: error 2: ",
+       false},
       // These operations give no error text: the status alone.
-      {{"bs", "pair-conflict", "42", "a", "b"}, "error 1\n", true},
-      {{"bs", "system-state", "42", "db01"}, "error 1\n", true},
+      {{"bs", "pair-conflict", "42", "a", "b"}, "appmgrctl: error 1\n", true},
+      {{"bs", "system-state", "42", "db01"}, "appmgrctl: error 1\n", true},
       // The library's success flag, not a status: 0 is the failure.
-      {{"preinstall-url", server_.host()}, "error 0: no web console address from ", false},
-      {{"--no-cache", "fill-cache", "500"}, "error 0: the message cache was not filled", false},
+      {{"preinstall-url", server_.host()},
+       "appmgrctl: error 0: no web console address from ",
+       false},
+      {{"--no-cache", "fill-cache", "500"},
+       "appmgrctl: error 0: the message cache was not filled",
+       false},
   };
   for (const Case& c : cases) {
     CtlRun run = Ctl(c.args);
@@ -226,6 +236,77 @@ TEST_F(AppmgrctlTest, FailuresExitOneWithTheLibrarysStatusAndText) {
       EXPECT_TRUE(run.err.starts_with(c.errPrefix)) << Describe(c.args) << ": " << run.err;
     }
   }
+}
+
+TEST_F(AppmgrctlTest, AFailureUnderJsonIsAJsonErrorObjectToo) {
+  struct Case {
+    std::vector<std::string> args;
+    json error;
+  };
+  const Case cases[] = {
+      {{"--json", "bs", "lookup", "42"}, {{"status", 1}, {"text", "backup set 42 does not exist"}}},
+      {{"bs", "system-state", "42", "db01", "--json"}, {{"status", 1}}},
+  };
+  for (const Case& c : cases) {
+    CtlRun run = Ctl(c.args);
+    EXPECT_EQ(run.status, 1) << Describe(c.args);
+    EXPECT_EQ(json::parse(run.out), (json{{"error", c.error}})) << Describe(c.args);
+    EXPECT_TRUE(run.err.starts_with("appmgrctl: error 1")) << run.err;
+  }
+  // Before the library: a failure of appmgrctl itself has a text and no status.
+  CtlRun run = RunCtl({"--json", "--lib", "/nonexistent/lib.so", "stats"});
+  EXPECT_EQ(run.status, 3);
+  json doc = json::parse(run.out);
+  EXPECT_FALSE(doc["error"].contains("status"));
+  EXPECT_NE(doc["error"]["text"].get<std::string>().find("/nonexistent/lib.so"), std::string::npos);
+}
+
+TEST_F(AppmgrctlTest, HostOptionsNameTheServerWithoutASettingsFile) {
+  const std::map<std::string, std::string> noFile = {{"APPMGR_SETTINGS", "/nonexistent/a.ini"}};
+  // The client name defaults to the host name; given, it is used.
+  for (std::vector<std::string> args :
+       {std::vector<std::string>{"--host", server_.host()},
+        std::vector<std::string>{"--host", server_.host(), "--client-name", "ch01"}}) {
+    args.insert(args.begin(), {"--lib", APPMGRNET_PATH, "--json"});
+    args.insert(args.end(), {"bs", "lookup", "102"});
+    CtlRun run = RunCtl(args, "", noFile);
+    ASSERT_EQ(run.status, 0) << Describe(args) << "\n" << run.err;
+    EXPECT_EQ(json::parse(run.out)["value"], 7);
+  }
+  // --host wins over the settings file's Controlhost, which here names nothing that listens.
+  // The rest of the file still applies (the log folder), and what in it looks mistaken is
+  // logged once, when the process's log starts.
+  TestSettings elsewhere(
+      "[Controlhost]\nsHOSTNAME = 127.0.0.1:1\nsCLIENTNAME = ch01\n[EventManager]\nnDebugLvl = 4\n",
+      1);
+  CtlRun run = RunCtl({"--lib", APPMGRNET_PATH, "--settings", elsewhere.path(), "--host",
+                       server_.host(), "batch", "-"},
+                      "bs client-id 105\nbs client-id 105\n");
+  EXPECT_EQ(run.status, 0) << run.err;
+  const std::string log = ReadFileText(elsewhere.logDir() + "/appmgrctl.log");
+  const std::string warning = "ERR [KpSettings] settings: " + elsewhere.path() +
+                              ":5: [EventManager] nDebugLvl is not a setting this system reads "
+                              "(did you mean nDebugLevel?)\n";
+  const size_t first = log.find(warning);
+  EXPECT_NE(first, std::string::npos) << log;
+  EXPECT_EQ(log.find(warning, first + 1), std::string::npos) << "logged more than once:\n" << log;
+
+  // Without --host, a missing settings file is said plainly, before anything is loaded.
+  run = RunCtl({"--lib", "/nonexistent/lib.so", "bs", "lookup", "102"}, "", noFile);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err,
+            "appmgrctl: no settings to find the App Manager: /nonexistent/a.ini "
+            "($APPMGR_SETTINGS) does not exist; name the server with --host HOST[:PORT], or a "
+            "settings file with --settings FILE or APPMGR_SETTINGS\n");
+  // Commands that ask no Controlhost need no settings.
+  run = RunCtl({"--lib", APPMGRNET_PATH, "stats"}, "", noFile);
+  EXPECT_EQ(run.status, 0) << run.err;
+  // Nor does a caller that names the server in its own overlay.
+  run = RunCtl({"--lib", APPMGRNET_PATH, "bs", "client-id", "105"}, "",
+               {{"APPMGR_SETTINGS", "/nonexistent/a.ini"},
+                {"APPMGR_SETTINGS_OVERLAY",
+                 "[Controlhost]\nsHOSTNAME = " + server_.host() + "\nsCLIENTNAME = ch01\n"}});
+  EXPECT_EQ(run.status, 0) << run.err;
 }
 
 TEST_F(AppmgrctlTest, ChangesAndHelpersReportWhatTheyDid) {
@@ -305,7 +386,7 @@ TEST_F(AppmgrctlTest, ABatchStopsAtTheFirstFailureUnlessToldToKeepGoing) {
     if (keepGoing) args.push_back("--keep-going");
     CtlRun run = Ctl(args, input);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "line 2: error 1: backup set 42 does not exist\n");
+    EXPECT_EQ(run.err, "appmgrctl: line 2: error 1: backup set 42 does not exist\n");
     std::vector<json> docs = JsonLines(run.out);
     ASSERT_EQ(docs.size(), keepGoing ? 3u : 2u) << run.out;
     EXPECT_EQ(docs[1],
@@ -334,6 +415,55 @@ TEST_F(AppmgrctlTest, ABatchWithABadLineRunsNothing) {
 
 // Without a server: these never reach the library.
 
+TEST(AppmgrctlTimeoutTest, TimeoutBoundsACallToAServerThatDoesNotAnswer) {
+  using Clock = std::chrono::steady_clock;
+  // A server that takes the request and never answers: the library's own bound on the pooled
+  // session's receive ends the call.
+  ScriptServer slow;
+  slow.On(appmgr::msg::kBsLookup,
+          [](const GenericLookupReq4&, GenericLookupResp4&, appmgr::server::Exchange&) {});
+  slow.Delay(appmgr::msg::kBsLookup.requestId, std::chrono::seconds(4));
+  // A server that accepts the connection and never answers its hello.
+  RawPeer silent([](appmgr::net::Socket& s) {
+    char buffer[256];
+    size_t n = 0;
+    s.RecvSome(buffer, sizeof buffer, appmgr::net::Deadline::After(4000), &n, "hello");
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+  });
+  for (const std::string& host : {slow.host(), "127.0.0.1:" + std::to_string(silent.port())}) {
+    auto start = Clock::now();
+    CtlRun run = RunCtl({"--lib", APPMGRNET_PATH, "--host", host, "--timeout", "1", "--json", "bs",
+                         "lookup", "101"});
+    double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    EXPECT_EQ(run.status, 1) << host << ": " << run.err;
+    EXPECT_LT(seconds, 3.5) << host << ": the bound of 1 s (and a second's grace) did not hold";
+    EXPECT_TRUE(run.err.starts_with("appmgrctl: ")) << run.err;
+    EXPECT_TRUE(json::parse(run.out).contains("error")) << run.out;
+  }
+}
+
+TEST(AppmgrctlUsageTest, MistakenCommandsAreNamedPlainly) {
+  struct Case {
+    std::vector<std::string> args;
+    std::string err;
+  };
+  const Case cases[] = {
+      {{}, "appmgrctl: no command given (appmgrctl --help lists the commands)\n"},
+      {{"--json"}, "appmgrctl: no command given (appmgrctl --help lists the commands)\n"},
+      {{"frobnicate", "1"},
+       "appmgrctl: unknown command \"frobnicate\" (appmgrctl --help lists the commands)\n"},
+      {{"--settings", "/etc/passwd", "frobnicate"},
+       "appmgrctl: unknown command \"frobnicate\" (appmgrctl --help lists the commands)\n"},
+      {{"bs"}, "appmgrctl: bs needs a command: lookup, update, "},
+      {{"bs", "lookupp", "101"}, "appmgrctl: unknown bs command \"lookupp\" (bs takes lookup, "},
+  };
+  for (const Case& c : cases) {
+    CtlRun run = RunCtl(c.args);
+    EXPECT_EQ(run.status, 2) << Describe(c.args);
+    EXPECT_TRUE(run.err.starts_with(c.err)) << Describe(c.args) << ": " << run.err;
+  }
+}
+
 TEST(AppmgrctlUsageTest, UsageErrorsExitTwoBeforeTheLibraryIsLoaded) {
   const std::vector<std::string> cases[] = {
       {},
@@ -353,6 +483,12 @@ TEST(AppmgrctlUsageTest, UsageErrorsExitTwoBeforeTheLibraryIsLoaded) {
       {"bs", "interface-pair", "105"},
       {"batch", "/nonexistent/commands.txt"},
       {"--settings", "/nonexistent/settings.ini", "stats"},
+      {"--host", "", "stats"},
+      {"--host", "ch01 8400", "stats"},
+      {"--host", "a@b", "stats"},
+      {"--client-name", "two\nlines", "stats"},
+      {"--timeout", "-1", "stats"},
+      {"--timeout", "86401", "stats"},
   };
   for (const std::vector<std::string>& c : cases) {
     std::vector<std::string> args = {"--lib", "/nonexistent/libappmgrnet.so"};
@@ -364,7 +500,7 @@ TEST(AppmgrctlUsageTest, UsageErrorsExitTwoBeforeTheLibraryIsLoaded) {
   }
 }
 
-TEST(AppmgrctlUsageTest, HelpAndVersionExitZero) {
+TEST(AppmgrctlUsageTest, HelpExitsZero) {
   struct Case {
     std::vector<std::string> args;
     std::string expected;
@@ -373,7 +509,7 @@ TEST(AppmgrctlUsageTest, HelpAndVersionExitZero) {
       {{"--help"}, "batch"},
       {{"bs", "--help"}, "pair-conflict"},
       {{"bs", "set-props", "--help"}, "--replace"},
-      {{"--version"}, "appmgrctl "},
+      {{"--help-all"}, "system-state"},
   };
   for (const Case& c : cases) {
     CtlRun run = RunCtl(c.args);
@@ -394,11 +530,11 @@ TEST(AppmgrctlLoadTest, ALibraryThatCannotBeUsedExitsThreeWithTheLoadersText) {
        {"/nonexistent/libappmgrnet.so", "--lib", "No such file"}},
       // The environment variable is used when --lib is absent, and wins over the build tree.
       {{"stats"},
-       {{"APPMGRNET_LIB", "/nonexistent/env.so"}},
-       {"/nonexistent/env.so", "APPMGRNET_LIB", "No such file"}},
+       {{"APPMGR_LIBRARY", "/nonexistent/env.so"}},
+       {"/nonexistent/env.so", "APPMGR_LIBRARY", "No such file"}},
       // --lib wins over the environment variable.
       {{"--lib", "/nonexistent/option.so", "stats"},
-       {{"APPMGRNET_LIB", APPMGRNET_PATH}},
+       {{"APPMGR_LIBRARY", APPMGRNET_PATH}},
        {"/nonexistent/option.so"}},
       {{"--lib", APPMGRCTL_INCOMPLETE_LIB, "stats"},
        {},
@@ -411,6 +547,24 @@ TEST(AppmgrctlLoadTest, ALibraryThatCannotBeUsedExitsThreeWithTheLoadersText) {
       EXPECT_NE(run.err.find(m), std::string::npos) << Describe(c.args) << ": " << run.err;
     }
   }
+}
+
+TEST(AppmgrctlLoadTest, VersionNamesTheLibraryFileAndVersionItLoaded) {
+  // By the SONAME in the build tree, or the file --lib names.
+  const std::string buildTree =
+      std::filesystem::path(APPMGRNET_PATH).parent_path().string() + "/" APPMGRNET_SONAME;
+  for (const auto& [args, file] :
+       {std::pair<std::vector<std::string>, std::string>{{"--version"}, buildTree},
+        {{"--lib", APPMGRNET_PATH, "--version"}, APPMGRNET_PATH}}) {
+    CtlRun run = RunCtl(args);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "appmgrctl " APPMGRNET_VERSION "\nlibrary " + file +
+                           " (libappmgrnet " APPMGRNET_VERSION ")\n");
+  }
+  CtlRun run = RunCtl({"--lib", "/nonexistent/lib.so", "--version"});
+  EXPECT_EQ(run.status, 3);
+  EXPECT_EQ(run.out, "appmgrctl " APPMGRNET_VERSION "\n");
+  EXPECT_TRUE(run.err.starts_with("appmgrctl: cannot load /nonexistent/lib.so")) << run.err;
 }
 
 TEST(AppmgrctlLoadTest, FindsTheLibraryOfItsOwnBuildTree) {
@@ -493,9 +647,9 @@ TEST_F(AppmgrctlTest, ListFailuresAndFilterCombinationsNoListTakes) {
   CtlRun run = Ctl({"list", "instances", "--client", "42"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "error 1: client 42 does not exist\n");
+  EXPECT_EQ(run.err, "appmgrctl: error 1: client 42 does not exist\n");
   run = Ctl({"list", "cloud-clients", "9"});
-  EXPECT_EQ(run.err, "error 1: cloud 9 does not exist\n");
+  EXPECT_EQ(run.err, "appmgrctl: error 1: cloud 9 does not exist\n");
 
   for (std::vector<std::string> args : {
            std::vector<std::string>{"list", "clients", "--with-platform", "--group", "1"},
@@ -556,10 +710,11 @@ TEST_F(AppmgrctlTest, ClientsAreCreatedFromOptionsChangedFromARecordAndRemoved) 
   EXPECT_EQ(run.out, "FIELD    VALUE\nid       5\nremoved  true\n");
   run = Ctl({"client", "lookup", "5"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, "error 1: client 5 does not exist\n");
+  EXPECT_EQ(run.err, "appmgrctl: error 1: client 5 does not exist\n");
   run = Ctl({"client", "remove", "3"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_TRUE(run.err.starts_with("error 2: client 3 cannot be removed: it still has 3 application types"))
+  EXPECT_TRUE(run.err.starts_with(
+      "appmgrctl: error 2: client 3 cannot be removed: it still has 3 application types"))
       << run.err;
 }
 
@@ -591,7 +746,7 @@ TEST_F(AppmgrctlTest, ClientQueriesAndApplicationIds) {
   CtlJson({"appid", "remove", "--set", "number3=4", "--set", "text0=/srv/shares"});
   run = Ctl({"appid", "lookup", "3"});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.err, "error 1: application id 3 does not exist\n");
+  EXPECT_EQ(run.err, "appmgrctl: error 1: application id 3 does not exist\n");
 }
 
 TEST(AppmgrctlUsageTest, ClientAndApplicationIdRecordsAreCheckedBeforeTheLibraryIsLoaded) {

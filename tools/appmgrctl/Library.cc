@@ -1,10 +1,17 @@
 #include "tools/appmgrctl/Library.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+
+#include "appmgr/AppMgrVersion.h"
+
+#ifndef APPMGRCTL_LIBDIR_FROM_BINDIR
+#define APPMGRCTL_LIBDIR_FROM_BINDIR "../lib"
+#endif
 
 namespace appmgrctl {
 
@@ -12,7 +19,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kLibraryName = "libappmgrnet.so";
+// The runtime file, which a runtime package ships; the unversioned name belongs to the
+// development package.
+constexpr const char* kLibraryName = APPMGRNET_SONAME;
+constexpr const char* kLibraryVariable = "APPMGR_LIBRARY";
 
 std::string DlError() {
   const char* text = dlerror();
@@ -51,11 +61,13 @@ void Library::Closer::operator()(void* handle) const {
 
 std::vector<Library::Candidate> Library::Candidates(const std::string& libOption) {
   if (!libOption.empty()) return {{libOption, "--lib", true}};
-  if (const char* env = std::getenv("APPMGRNET_LIB"); env && *env) {
-    return {{env, "APPMGRNET_LIB", true}};
+  if (const char* env = std::getenv(kLibraryVariable); env && *env) {
+    return {{env, kLibraryVariable, true}};
   }
   std::vector<Candidate> candidates;
   if (fs::path folder = ProgramFolder(); !folder.empty()) {
+    fs::path installed = (folder / APPMGRCTL_LIBDIR_FROM_BINDIR / kLibraryName).lexically_normal();
+    candidates.push_back({installed.string(), "the install prefix", false});
     fs::path buildTree = (folder / ".." / "interfaces" / kLibraryName).lexically_normal();
     candidates.push_back({buildTree.string(), "the build tree", false});
   }
@@ -98,6 +110,18 @@ std::unique_ptr<Library> Library::Load(const std::vector<Candidate>& candidates,
         !Resolve(handle, path, "GetClientLibraryStatistics", &lib->getClientLibraryStatistics_,
                  error)) {
       return nullptr;
+    }
+    // What was loaded, for --version: the loader's full name of the file, and the version the
+    // library reports (a library from before GetClientLibraryVersion reports none).
+    lib->file_ = path;
+    if (link_map* map = nullptr;
+        dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 && map && map->l_name && *map->l_name) {
+      lib->file_ = map->l_name;
+    }
+    dlerror();
+    if (auto version = reinterpret_cast<AppMgrGetClientLibraryVersionFn>(
+            dlsym(handle, "GetClientLibraryVersion"))) {
+      if (const char* text = version()) lib->version_ = text;
     }
     if (lib->Object<BSInterface>(APPMGR_INTERFACE_BACKUP_SET) == nullptr) {
       *error = path + ": getLibraryInterface(" + std::to_string(APPMGR_INTERFACE_BACKUP_SET) +

@@ -6,12 +6,16 @@
 //   if (!lib) { ...error names the file and holds dlerror's text... }
 //   lib->backupSets().lookup(...);
 //
-// Where the library is looked for (Candidates), first match wins:
+// Where the library is looked for (Candidates), first match wins. It is always the file the
+// runtime package ships, named by the SONAME (libappmgrnet.so.1), never the development link:
 //   1. the path given with --lib;
-//   2. else the path in the environment variable APPMGRNET_LIB;
-//   3. else <folder of this program>/../interfaces/libappmgrnet.so, when that file exists (the
+//   2. else the path in the environment variable APPMGR_LIBRARY;
+//   3. else the library beside this program's install prefix, PREFIX/LIBDIR/libappmgrnet.so.1
+//      (appmgrctl in PREFIX/BINDIR, the relative way from one to the other fixed at build
+//      time), when that file exists;
+//   4. else <folder of this program>/../interfaces/libappmgrnet.so.1, when that file exists (the
 //      build tree, where appmgrctl sits in tools/ beside interfaces/);
-//   4. else "libappmgrnet.so" through the dynamic loader's own search (LD_LIBRARY_PATH, the
+//   5. else "libappmgrnet.so.1" through the dynamic loader's own search (LD_LIBRARY_PATH, the
 //      loader cache, the system folders).
 // A path without a '/' (from 1 or 2) is also searched for by the loader, as dlopen does.
 //
@@ -66,6 +70,10 @@ class Library {
 
   // The path dlopen was given.
   const std::string& path() const { return path_; }
+  // The file the loader actually mapped (the full path after a search).
+  const std::string& file() const { return file_; }
+  // The library's own version (GetClientLibraryVersion); empty when it does not tell.
+  const std::string& version() const { return version_; }
 
   // The interface object of `code`, made on first use and owned by this Library (valid until
   // it is destroyed); null when the library makes none for the code. I must be the interface
@@ -107,6 +115,8 @@ class Library {
   using Owned = std::unique_ptr<void, InterfaceDestroyer>;
 
   std::string path_;
+  std::string file_;
+  std::string version_;
   // Declared before objects_, so it is destroyed after them: their destructors are code of the
   // library.
   std::unique_ptr<void, Closer> handle_;

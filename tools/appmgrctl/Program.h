@@ -1,9 +1,12 @@
 // The appmgrctl program: command line in, exit status out.
 //
 // Run parses the command line against the command table (a mistake exits 2 before the library
-// is touched), sets APPMGR_SETTINGS from --settings, loads the library (exit 3 when it cannot),
-// switches the message cache off for --no-cache, runs the command and prints its Outcome: the
-// Result on `out` as a table or one JSON line, or the error line on `err` (exit 1).
+// is touched), checks that a command which needs the settings file has one (or --host), sets
+// APPMGR_SETTINGS from --settings and hands --host, --client-name and --timeout to the library
+// in the settings overlay (APPMGR_SETTINGS_OVERLAY), loads the library (exit 3 when it cannot),
+// switches the message cache off for --no-cache, runs the command (bounded by --timeout) and
+// prints its Outcome: the Result on `out` as a table or one JSON line, or the error line
+// "appmgrctl: ..." on `err` and, under --json, a JSON error object on `out` (exit 1).
 //
 // A batch reads its whole file and parses every line before it loads the library, so a
 // mistake on any line runs nothing. The lines then run in order in this one process, sharing

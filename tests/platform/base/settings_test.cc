@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "platform/info/KPPlatformInfo.h"
 #include "tests/support/TestSettings.h"
 
 namespace {
@@ -111,9 +112,103 @@ TEST(SettingsStore, AbsentOrBadKeysLeaveTheOutputUntouched) {
   EXPECT_EQ(str, "ch");
   bool reported = false;
   for (const std::string& w : s.Warnings()) {
-    reported |= w.find("ndisableappmessagecache") != std::string::npos;
+    reported |= w.find("nDisableAppMessageCache = \"yes\" is not a number") != std::string::npos;
   }
   EXPECT_TRUE(reported);
+}
+
+struct CheckCase {
+  const char* name;
+  const char* text;
+  const char* warning;  // the one warning expected, without "t.ini:"; nullptr: none
+};
+
+class SettingsCheck : public testing::TestWithParam<CheckCase> {};
+
+TEST_P(SettingsCheck, WarnsAboutWhatIsProbablyAMistake) {
+  const CheckCase& c = GetParam();
+  KpSettings::Parsed p = KpSettings::Parse(c.text, "t.ini");
+  std::vector<std::string> all = p.warnings;
+  for (std::string& w : KpSettings::Check(p, "t.ini")) all.push_back(w);
+  if (c.warning == nullptr) {
+    EXPECT_TRUE(all.empty()) << all.front();
+  } else {
+    ASSERT_EQ(all.size(), 1u) << (all.empty() ? "none" : all.back());
+    EXPECT_EQ(all[0], std::string("t.ini:") + c.warning);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, SettingsCheck,
+    testing::Values(
+        CheckCase{"every known key",
+                  "[Controlhost]\nsHOSTNAME = ch01:8400\nsclientname = ch01\n"
+                  "[EVENTMANAGER]\nnDebugLevel = 0x4\nsLogDirectory = /var/log/a;b\n"
+                  "[Features]\nAnyFeature = 1\n[Network]\nnCallTimeoutSeconds = 30\n",
+                  nullptr},
+        CheckCase{"misspelt key", "[EventManager]\nnDebugLvl = 4\n",
+                  "2: [EventManager] nDebugLvl is not a setting this system reads (did you mean "
+                  "nDebugLevel?)"},
+        CheckCase{"unknown key, nothing close", "[Network]\nsProxy = x\n",
+                  "2: [Network] sProxy is not a setting this system reads"},
+        CheckCase{"misspelt section", "\n[Controlhst]\nsHOSTNAME = ch01\nsCLIENTNAME = ch01\n",
+                  "2: section [Controlhst] is not one this system reads; its keys are ignored "
+                  "(did you mean [Controlhost]?)"},
+        CheckCase{"inline comment in a number", "[EventManager]\nnDebugLevel = 4 ; verbose\n",
+                  "2: [EventManager] nDebugLevel = \"4 ; verbose\" is not a number, so the "
+                  "default applies (a comment must be on a line of its own)"},
+        CheckCase{"inline comment in a text", "[Controlhost]\nsHOSTNAME = ch01 # the lab\n",
+                  "2: [Controlhost] sHOSTNAME = \"ch01 # the lab\": the ';' or '#' is part of the "
+                  "value (a comment must be on a line of its own)"},
+        CheckCase{"feature that is not a number", "[Features]\nAppMgrSvcLiteDisable = yes\n",
+                  "2: [Features] AppMgrSvcLiteDisable = \"yes\" is not a number, so the default "
+                  "applies"},
+        CheckCase{"key set twice", "[Network]\nnMaxFrameBytes = 1\nNMAXFRAMEBYTES = 8192\n",
+                  "3: [Network] NMAXFRAMEBYTES is set again; the value of line 2 is replaced"}),
+    [](const testing::TestParamInfo<CheckCase>& i) {
+      std::string n = i.param.name;
+      for (char& ch : n)
+        if (!isalnum(static_cast<unsigned char>(ch))) ch = '_';
+      return n;
+    });
+
+TEST(SettingsCheck, TheShippedExampleFileReadsWithoutAWarning) {
+  const std::string path = std::string(APPMGR_SOURCE_DIR) + "/packaging/appmgrnet.ini";
+  const std::string text = ReadFileText(path);
+  ASSERT_FALSE(text.empty()) << path;
+  KpSettings::Parsed p = KpSettings::Parse(text, path);
+  std::vector<std::string> all = p.warnings;
+  for (std::string& w : KpSettings::Check(p, path)) all.push_back(w);
+  EXPECT_TRUE(all.empty()) << all.front();
+  EXPECT_EQ(p.values.count("controlhost\nshostname"), 1u);
+}
+
+TEST(SettingsStore, TheOverlayWinsOverTheFileAndDescribesAPlatformOnItsOwn) {
+  TestSettings t("[Controlhost]\nsHOSTNAME = from-file\nsCLIENTNAME = file-client\n");
+  setenv(KpSettings::kOverlayVariable, "[controlhost]\nshostname = from-overlay\n[Netwrk]\nn = 1\n",
+         1);
+  KpSettings& s = KpSettings::Instance();
+  s.Reload();
+  std::string v;
+  EXPECT_TRUE(s.GetString("Controlhost", "sHOSTNAME", &v));
+  EXPECT_EQ(v, "from-overlay");
+  EXPECT_TRUE(s.GetString("Controlhost", "sCLIENTNAME", &v));
+  EXPECT_EQ(v, "file-client") << "keys the overlay does not set come from the file";
+  EXPECT_TRUE(s.OverlayRead());
+  bool named = false;
+  for (const std::string& w : s.Warnings()) named |= w.starts_with("APPMGR_SETTINGS_OVERLAY:3: ");
+  EXPECT_TRUE(named) << "overlay warnings name the overlay";
+
+  s.Load(t.dir() + "/missing.ini");
+  EXPECT_FALSE(s.FileRead());
+  EXPECT_FALSE(KPPI_Fleetmember().invalidKPPlatform());
+  EXPECT_TRUE(s.GetString("Controlhost", "sHOSTNAME", &v));
+  EXPECT_EQ(v, "from-overlay");
+
+  unsetenv(KpSettings::kOverlayVariable);
+  s.Reload();
+  EXPECT_FALSE(s.OverlayRead());
+  EXPECT_TRUE(KPPI_Fleetmember().invalidKPPlatform());
 }
 
 TEST(SettingsStore, MissingFileIsAnEmptyStore) {

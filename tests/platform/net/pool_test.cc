@@ -135,6 +135,46 @@ TEST_F(PoolTest, ABorrowerWaitsForAFreeSessionAndGivesUpAfterTheAttachTimeout) {
   EXPECT_GE(pool.stats().waits, 2u);
 }
 
+TEST_F(PoolTest, TimeoutSettingsShortenThePoolsWaitsButNeverLengthenThem) {
+  // A tool that must answer within a few seconds can only reach the pools through the
+  // settings: the pool's own I/O (600 s) and attach (120 s) time-outs are fixed by its caller.
+  server_.Delay(kBsLookup.requestId, 3000ms);
+  settings_.Write("[Network]\nnIoTimeoutSeconds = 1\nnAttachTimeoutSeconds = 1\n");
+  KpNetworkPool pool;
+  Init(pool, /*max=*/1);
+  CKpNetwork* s = nullptr;
+  ASSERT_FALSE(pool.getSessionObject(s));
+  GenericLookupReq4 req;
+  req.hdr.version = 2;
+  GenericLookupResp4 resp;
+  kpsDatabuf_v2 out, in;
+  out.setExternalBuffer(reinterpret_cast<char*>(&req), sizeof req);
+  in.setExternalBuffer(reinterpret_cast<char*>(&resp), sizeof resp);
+  bool timedOut = false;
+  ASSERT_FALSE(s->SendXDRMessage(kBsLookup.requestId, &out, 0, -1, timedOut));
+  unsigned long rid = kBsLookup.responseId;
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(s->ReceiveXDRMessage(&rid, &in, nullptr, 0, -1, timedOut).GetErrorCode(),
+            kKpErrTimeout);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2500ms) << "the pool's 600 s were kept";
+  // The one session is lent out: a second borrower waits the shortened attach time-out.
+  CKpNetwork* other = nullptr;
+  start = std::chrono::steady_clock::now();
+  EXPECT_EQ(pool.getSessionObject(other).GetErrorCode(), kKpErrLimit);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2500ms) << "the pool's 120 s were kept";
+  pool.releaseSessionObject(s);
+
+  // A longer setting does not lengthen what the caller asked for.
+  settings_.Write("[Network]\nnAttachTimeoutSeconds = 100\n");
+  KpNetworkPool capped;
+  Init(capped, /*max=*/1, /*attach=*/1);
+  ASSERT_FALSE(capped.getSessionObject(s));
+  start = std::chrono::steady_clock::now();
+  EXPECT_EQ(capped.getSessionObject(other).GetErrorCode(), kKpErrLimit);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2500ms);
+  capped.releaseSessionObject(s);
+}
+
 TEST_F(PoolTest, TerminateClosesIdleSessionsAndLentOnesWhenTheyReturn) {
   KpNetworkPool pool;
   Init(pool);

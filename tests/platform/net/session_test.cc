@@ -153,6 +153,21 @@ TEST_F(SessionTest, SilentPeerTimesOutTheAttach) {
   EXPECT_LT(Seconds(start), 2.0);
 }
 
+TEST_F(SessionTest, AttachTimeoutSettingShortensTheCallersTimeout) {
+  RawPeer silent([](appmgr::net::Socket& s) {
+    char buf[64];
+    size_t n;
+    s.RecvSome(buf, sizeof buf, Deadline::After(3000), &n, "silent");
+    std::this_thread::sleep_for(2500ms);
+  });
+  settings_.Write("[Network]\nnAttachTimeoutSeconds = 1\n");
+  CKpNetwork s;
+  auto start = Clock::now();
+  CLmError e = Attach(s, silent.connectString(), kService, 120);
+  EXPECT_EQ(e.GetErrorCode(), kKpErrTimeout) << e.AsString();
+  EXPECT_LT(Seconds(start), 2.0);
+}
+
 TEST_F(SessionTest, FullBacklogTimesOutTheConnect) {
   // A listener that never accepts, with its queue filled: the kernel drops further SYNs, so a
   // connect waits. Either the connect or the hello must give up within the time-out.

@@ -63,7 +63,7 @@ TEST(CNMessageBaseMalformed, EachBrokenDocumentIsRefusedWithItsCode) {
       {"mismatched end", Doc("<int n=\"1\">1</str>"), kCNErrMalformed},
       {"two roots", Doc("") + Doc(""), kCNErrMalformed},
       {"text after root", Doc("") + "x", kCNErrMalformed},
-      {"text before root", "x" + Doc(""), kCNErrMalformed},
+      {"text before root", std::string("x") + Doc(""), kCNErrMalformed},
       {"declaration after space", " <?xml version=\"1.0\"?>" + Doc(""), kCNErrMalformed},
       {"declaration after root", Doc("") + "<?xml version=\"1.0\"?>", kCNErrMalformed},
       {"root with a colon", "<App:X tag=\"0x1\"/>", kCNErrMalformed},
