@@ -30,8 +30,9 @@ void ClientSessionWrapper::resetClassStateForTesting() {
 
 ClientSessionWrapper::ClientSessionWrapper(unsigned long serviceCode, bool skipLitePool)
     : m_nServiceCode(serviceCode), m_bSkipLitePool(skipLitePool) {
-  m_event.setLabel("ClientSessionWrapper::ClientSessionWrapper");
+  static constexpr const char* kLabel = "ClientSessionWrapper::ClientSessionWrapper";
   CLmError error = initSessionPool();
+  m_event.setLabel(kLabel);
   if (error.IsError()) {
     m_event.Debug(1, "Could not get session from pool. Error:[%s]", error.AsString().c_str());
     m_pPool = nullptr;
@@ -45,24 +46,25 @@ ClientSessionWrapper::ClientSessionWrapper(unsigned long serviceCode, bool skipL
 
   m_bFoundInCache = m_bCriticalMessage = m_bNoCacheMessage = false;
   m_pCache = CMessageCacheSingleton::Instance();
-  m_event.setLabel("ClientSessionWrapper::ClientSessionWrapper");
+  m_event.setLabel(kLabel);
   if (m_pCache && CMessageCacheSingleton::m_nDisableMessageCacheRegistry) {
     m_gbUseCacheMap = false;
     m_event.Debug(4, "App message cache disabled as nDisableAppMessageCache set.");
   }
-  // The first wrapper of a process settles caching for every later one.
+  // The first wrapper of a process settles caching for every later one. The switch is only
+  // ever written with its final value: other threads read it at any moment, and a moment in
+  // which it read "off" would let a critical answer skip clearing the cache.
   if (m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
-    m_gbUseCacheMap = false;
     if (m_pCache && CMessageCacheSingleton::m_nIsLaptop) {
       unsigned long minutes = m_gnServiceCacheExpirationTime;
       KPPlatformInfo(KPPI_Focus::getFocus())
           .getNumber("EventManager", "nServiceCacheExpirationTimeMinutes", &minutes);
       m_gnServiceCacheExpirationTime = minutes;
-      m_gbUseCacheMap = true;
       m_event.Debug(4, "App message cache is enabled with expiration time [%d]minutes as this is a "
                        "service process on a laptop.",
                     static_cast<int>(minutes));
     } else {
+      m_gbUseCacheMap = false;
       m_event.Debug(4, "App message cache is disabled as this is a service process and not a laptop.");
     }
   }
@@ -443,14 +445,18 @@ bool ClientSessionWrapper::getMessageFromCache(unsigned long msgId) {
 
 void ClientSessionWrapper::enableMessageCache(bool enable) {
   EvEvent event("ClientSessionWrapper::enableMessageCache");
-  CMessageCacheSingleton* cache = CMessageCacheSingleton::Instance();
-  m_gbUseCacheMap = enable;
-  if (!CMessageCacheSingleton::m_nIsLaptop && m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
-    m_gbUseCacheMap = false;
+  // Whether this is a laptop is known once the cache singleton has read the settings, which the
+  // first wrapper does: before that a service is taken as not on a laptop, and refused.
+  bool on = enable;
+  if (!CMessageCacheSingleton::m_nIsLaptop && on && KPPI_Focus::AmIAService()) {
+    on = false;
     event.Debug(1, "EnableAppMgrMessageCache is not valid for client service.");
   }
-  if (!m_gbUseCacheMap && cache) cache->ClearMessageCache();
-  event.Debug(1, "Message cache %s.", m_gbUseCacheMap ? "enabled" : "disabled");
+  m_gbUseCacheMap = on;  // written once: no other thread sees a value that does not stand
+  // A cache that was never made holds nothing to clear.
+  CMessageCacheSingleton* cache = CMessageCacheSingleton::m_pInstance.load(std::memory_order_acquire);
+  if (!on && cache) cache->ClearMessageCache();
+  event.Debug(1, "Message cache %s.", on ? "enabled" : "disabled");
 }
 
 bool ClientSessionWrapper::enableServerMessageCache(unsigned long jobId) {

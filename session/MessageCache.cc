@@ -13,8 +13,8 @@
 CMessageCacheSingleton::Map CMessageCacheSingleton::m_gMessageCacheMap;
 unsigned long CMessageCacheSingleton::m_nMessageCacheSize = 0;
 unsigned long CMessageCacheSingleton::m_nMessagesInCache = 0;
-unsigned long CMessageCacheSingleton::m_nDisableMessageCacheRegistry = 0;
-unsigned long CMessageCacheSingleton::m_nIsLaptop = 0;
+std::atomic<unsigned long> CMessageCacheSingleton::m_nDisableMessageCacheRegistry{0};
+std::atomic<unsigned long> CMessageCacheSingleton::m_nIsLaptop{0};
 std::atomic<CMessageCacheSingleton*> CMessageCacheSingleton::m_pInstance{nullptr};
 std::atomic<KpCriticalSection*> CMessageCacheSingleton::m_gpCriticalSection{nullptr};
 const unsigned long CMessageCacheSingleton::m_nAppMgrMaxMessageNumber = appmgr::wire::kAppMgrMaxMessageNumber;

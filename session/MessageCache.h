@@ -61,8 +61,9 @@ class CMessageCacheSingleton {
   static Map m_gMessageCacheMap;
   static unsigned long m_nMessageCacheSize;
   static unsigned long m_nMessagesInCache;
-  static unsigned long m_nDisableMessageCacheRegistry;  // setting "nDisableAppMessageCache"
-  static unsigned long m_nIsLaptop;                     // setting "nLaptopAgent"
+  // Written once by Instance() (before the instance is published), read by any thread.
+  static std::atomic<unsigned long> m_nDisableMessageCacheRegistry;  // "nDisableAppMessageCache"
+  static std::atomic<unsigned long> m_nIsLaptop;                     // "nLaptopAgent"
   static std::atomic<CMessageCacheSingleton*> m_pInstance;
   static std::atomic<KpCriticalSection*> m_gpCriticalSection;
   static const unsigned long m_nAppMgrMaxMessageNumber;

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/base/EvDebug.h"
 #include "platform/info/KPPlatformInfo.h"
@@ -90,6 +91,17 @@ class SessionFixture : public testing::Test {
   }
 
  protected:
+  // Lines logged under `label` at debug `level` (kError: error lines) whose text is `text`.
+  static constexpr int kError = -1;
+  size_t Logged(std::string_view label, int level, std::string_view text) const {
+    size_t n = 0;
+    for (const EvLogRecord& r : log_.Records()) {
+      bool levelMatches = level == kError ? r.error : !r.error && r.level == level;
+      n += levelMatches && r.label == label && r.text == text ? 1 : 0;
+    }
+    return n;
+  }
+
   std::unique_ptr<TestSettings> settings_;
   EvLogCapture log_;
 };

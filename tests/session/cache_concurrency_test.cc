@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -99,6 +100,48 @@ TEST_F(CacheConcurrency, NoThreadSeesAnAnswerStoredBeforeItsLastCriticalAnswer) 
   EXPECT_EQ(violations.load(), 0);
   EXPECT_GT(ClientSessionWrapper::m_nSkippedMessageCalls.load(), 0u) << "the cache did serve answers";
   EXPECT_GT(hitsSeen.load(), 0u);
+}
+
+// In a service on a laptop every wrapper settles the process's caching as it is made. Threads
+// that only make wrappers must never let the critical answer of another thread skip the
+// clearing: the look-up after each update reaches the server.
+TEST_F(CacheConcurrency, WrappersMadeElsewhereNeverLetAnUpdateLeaveAStaleAnswer) {
+  ScriptServer ch;
+  ScriptLookup(ch);
+  ch.Answer(kBsUpdate);
+  KPPI_Focus::setServiceProcess(true);
+  Settings(ControlhostAt(ch) + "[FileSystemAgent]\nnLaptopAgent = 1\n[EventManager]\nnDebugLevel = 1\n");
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> makers;
+  for (int t = 0; t < 2; ++t) {
+    makers.emplace_back([&] {
+      auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+      while (!stop && std::chrono::steady_clock::now() < deadline) ClientSessionWrapper w(0x1a000000, false);
+    });
+  }
+  int stale = 0, failures = 0;
+  for (int round = 0; round < 3000; ++round) {
+    failures += Lookup(1).name == "bs-1" ? 0 : 1;
+    {
+      GenericUpdateReq2 req;
+      GenericResp resp;
+      NetMessage msg;
+      std::string err;
+      ClientSessionWrapper w(0x1a000000, false);
+      msg.initRequestHeader(req.hdr);
+      if (w.send(kBsUpdate.requestId, &req, sizeof req, err) ||
+          w.receive(kBsUpdate.responseId, &resp, sizeof resp, err)) {
+        ++failures;
+      }
+    }
+    uint64_t before = ch.Count(kBsLookup.requestId);
+    failures += Lookup(1).name == "bs-1" ? 0 : 1;
+    stale += ch.Count(kBsLookup.requestId) == before ? 1 : 0;
+  }
+  stop = true;
+  for (auto& m : makers) m.join();
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(stale, 0) << "look-ups answered from an entry an update should have cleared";
 }
 
 }  // namespace

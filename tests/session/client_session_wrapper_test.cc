@@ -42,7 +42,9 @@ TEST_F(WrapperTest, LitePoolIsPreferredFullPoolIsTheFallBackPrivateSessionTheLas
   EXPECT_EQ(log_.Count("[ClientSessionWrapper::connectToCH] Connnecting to [AppManager network access] "
                        "service on Controlhoster."),
             1u);
-  EXPECT_EQ(log_.CountContaining("Could not get session from pool. Error:[Could not create session pool object]"), 1u);
+  EXPECT_EQ(Logged("ClientSessionWrapper::ClientSessionWrapper", 1,
+                   "Could not get session from pool. Error:[Could not create session pool object]"),
+            1u);
 }
 
 TEST_F(WrapperTest, ALiteHostAddedToTheSettingsIsUsedByTheNextCall) {

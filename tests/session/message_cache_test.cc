@@ -214,6 +214,22 @@ TEST_F(CacheTest, SwitchingTheCacheOffEmptiesIt) {
   EXPECT_EQ(log_.Count("EnableAppMgrMessageCache is not valid for client service."), 1u);
 }
 
+// Until a wrapper has read the settings, the process does not know it runs on a laptop: a
+// service that switches the cache on first is refused, and the refusal stands.
+TEST_F(CacheTest, ALaptopServiceThatSwitchesTheCacheOnBeforeAnyCallIsRefused) {
+  ScriptServer ch;
+  ScriptLookup(ch);
+  KPPI_Focus::setServiceProcess(true);
+  Settings(ControlhostAt(ch) + "[FileSystemAgent]\nnLaptopAgent = 1\n");
+  ClientSessionWrapper::enableMessageCache(true);
+  EXPECT_EQ(Logged("ClientSessionWrapper::enableMessageCache", 1,
+                   "EnableAppMgrMessageCache is not valid for client service."),
+            1u);
+  Lookup(1);
+  Lookup(1);
+  EXPECT_EQ(ch.Count(kBsLookup.requestId), 2u);
+}
+
 // The encoded key and answer of a look-up as this machine would send it.
 ScriptServer::PreparedPair PreparedLookup(uint64_t id, const char* name) {
   GenericLookupReq4 req;
