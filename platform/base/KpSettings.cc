@@ -135,7 +135,7 @@ void KpSettings::LoadLocked(const std::string& path) {
   } else {
     parsed_ = Parsed{};
   }
-  ++generation_;
+  generation_.fetch_add(1, std::memory_order_release);
 }
 
 bool KpSettings::GetString(const std::string& section, const std::string& key,
@@ -199,9 +199,4 @@ std::vector<std::string> KpSettings::Warnings() const {
     }
   }
   return w;
-}
-
-uint64_t KpSettings::Generation() const {
-  std::shared_lock lock(mutex_);
-  return generation_;
 }

@@ -17,6 +17,7 @@
 // Thread-safety: every method may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -50,8 +51,9 @@ class KpSettings {
   bool FileRead() const;
   // Lines of the current file that were ignored, as "path:line: reason".
   std::vector<std::string> Warnings() const;
-  // Increments on every Load()/Reload(); readers that cache derived values compare it.
-  uint64_t Generation() const;
+  // Increments on every Load()/Reload(); readers that cache derived values compare it. A plain
+  // atomic read: cheap enough for every call of the library's hot path.
+  uint64_t Generation() const { return generation_.load(std::memory_order_acquire); }
 
   // A section and key to look up, compared without regard to ASCII case and without building
   // a string: reads are frequent (every session wrapper asks a few) and must not allocate.
@@ -85,5 +87,5 @@ class KpSettings {
   bool explicit_path_ = false;
   bool file_read_ = false;
   Parsed parsed_;
-  uint64_t generation_ = 0;
+  std::atomic<uint64_t> generation_{0};
 };

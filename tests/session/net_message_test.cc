@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 
 #include "platform/base/EvDebug.h"
@@ -26,6 +28,36 @@ TEST(NetMessage, StampsVersionProcessThreadAndHost) {
   msg.initRequestHeader(again);
   EXPECT_EQ(again.hostName, hdr.hostName) << "the header points into the NetMessage, not a copy";
   EXPECT_EQ(msg.verifyRequestHeader(hdr), 0);
+
+  // A child after fork() stamps its own process id, though the parent's was kept.
+  pid_t child = fork();
+  if (child == 0) {
+    AppMgrReqHdr h;
+    NetMessage().initRequestHeader(h);
+    _exit(h.pid == static_cast<int64_t>(getpid()) ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the child sent its parent's id";
+}
+
+// The host name is read once, and again when the settings are re-read.
+TEST(NetMessage, ReadsTheHostNameAgainOnlyWhenTheSettingsAreReRead) {
+  TestSettings settings;
+  static int reads = 0;
+  NetMessage::SetHostNameReaderForTesting([](char* buffer, size_t size) {
+    snprintf(buffer, size, "host-%d", ++reads);
+    return 0;
+  });
+  AppMgrReqHdr hdr;
+  for (int i = 0; i < 3; ++i) NetMessage().initRequestHeader(hdr);
+  EXPECT_EQ(reads, 1);
+  settings.Write("");
+  NetMessage msg;
+  msg.initRequestHeader(hdr);
+  NetMessage::SetHostNameReaderForTesting(nullptr);
+  EXPECT_EQ(reads, 2);
+  EXPECT_STREQ(hdr.hostName, "host-2");
 }
 
 TEST(NetMessage, CutsAnOverLongHostNameTo1023Characters) {
