@@ -92,7 +92,8 @@ CLmError ClientSessionWrapper::initSessionPool() {
     if (m_pPool) result = m_pPool->getSessionObject(m_pSession);
   }
   if (m_pPool == nullptr || result.IsError()) {
-    m_pPool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName);
+    static const std::string kService(kAppMgrServiceName);  // not a string built per call
+    m_pPool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kService);
     if (m_pPool) {
       result = m_pPool->getSessionObject(m_pSession);
     } else {
