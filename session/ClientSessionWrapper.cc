@@ -146,12 +146,40 @@ bool IsConnectionError(int code) {
 
 }  // namespace
 
+int ClientSessionWrapper::Resend(std::string& errorString) {
+  static constexpr const char* kLabel = "ClientSessionWrapper::send";
+  m_event.setLabel(kLabel);
+  m_bResent = true;
+  bool timedOut = false;
+  kpsStatus status = 0;
+  m_pSession->AbortConnection(status, 120, timedOut);
+  m_event.Debug(4, "Lost connnection to server. Re-attaching to controlhoster");
+  int code = connectToCH(kAppMgrServiceName, errorString);
+  m_event.setLabel(kLabel);
+  std::string text;
+  if (code != 0) {
+    code = LastError(&text);
+    errorMsg(&errorString, "[%s] Re-attach failed. Connection error [%s]", kLabel, text.c_str());
+    return code;
+  }
+  m_event.Debug(4, " Re-attach succeeded. re-sending request to server.");
+  CLmError error = m_pSession->SendXDRMessage(m_nSentMsgId, &m_sendBuffer, 0, -1, timedOut);
+  if (error.IsError()) {
+    code = LastError(&text);
+    errorMsg(&errorString, "Error [%s] re-sending request to server.", text.c_str());
+    return code;
+  }
+  m_event.Debug(4, "Re-send to server successful.");
+  return 0;
+}
+
 int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long length,
                                std::string& errorString) {
   static constexpr const char* kLabel = "ClientSessionWrapper::send";
   m_event.setLabel(kLabel);
   m_sendBuffer.setExternalBuffer(static_cast<char*>(record), length);
   m_nSentMsgId = msgId;
+  m_bResent = false;
   if (EvLog::On(4)) m_event.Debug(4, "Entry(msgId=%d(%s))", static_cast<int>(msgId), KPS_PRIM_STRING(msgId));
   m_nTotalMessageCalls.fetch_add(1, std::memory_order_relaxed);
   m_pSession->setJobId(m_nJobId.load(std::memory_order_relaxed));
@@ -177,27 +205,7 @@ int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long 
       result = LastError(&text);
       errorMsg(&errorString, "[%s] Request not sent. [%s]", kLabel, text.c_str());
     } else if (error.IsError()) {
-      // The connection is taken as lost: exactly one recovery attempt.
-      kpsStatus status = 0;
-      m_pSession->AbortConnection(status, 120, timedOut);
-      m_event.Debug(4, "Lost connnection to server. Re-attaching to controlhoster");
-      int code = connectToCH(kAppMgrServiceName, errorString);
-      m_event.setLabel(kLabel);
-      if (code == 0) {
-        m_event.Debug(4, " Re-attach succeeded. re-sending request to server.");
-        error = m_pSession->SendXDRMessage(msgId, &m_sendBuffer, 0, -1, timedOut);
-        if (!error.IsError()) {
-          m_event.Debug(4, "Re-send to server successful.");
-        } else {
-          std::string text;
-          result = LastError(&text);
-          errorMsg(&errorString, "Error [%s] re-sending request to server.", text.c_str());
-        }
-      } else {
-        std::string text;
-        result = LastError(&text);
-        errorMsg(&errorString, "[%s] Re-attach failed. Connection error [%s]", kLabel, text.c_str());
-      }
+      result = Resend(errorString);
     }
   }
   m_event.setLabel(kLabel);
@@ -227,17 +235,28 @@ int ClientSessionWrapper::receive(unsigned long msgId, void* record, unsigned lo
     }
   } else {
     bool timedOut = false;
+    const unsigned long expected = msgId;
     CLmError error = m_pSession->ReceiveXDRMessage(&msgId, &m_recvBuffer, nullptr, 0, -1, timedOut);
-    if (error.IsError()) {
+    if (error.IsError() && !m_bResent && m_pSession->RequestNeverReachedPeer()) {
+      // The request went out on a connection the server had already closed (a restart while the
+      // session sat in the pool) and no server read it: this is the lost connection of send(),
+      // found one step later, and it gets the same one re-attach and re-send.
+      result = Resend(errorString);
+      m_event.setLabel(kLabel);
+      if (result == 0) {
+        msgId = expected;
+        error = m_pSession->ReceiveXDRMessage(&msgId, &m_recvBuffer, nullptr, 0, -1, timedOut);
+      }
+    }
+    if (result == 0 && error.IsError()) {  // (a failed recovery has filled errorString)
       std::string text;
       result = LastError(&text);
       errorMsg(&errorString, "[%s] Error receiving message. [%s]", kLabel, text.c_str());
       m_event.Debug(1, "%s", errorString.c_str());
-    } else {
+    } else if (result == 0) {
       m_nReceivedMsgId = msgId;
       m_bRecvBufferFreed = false;
       setMessageInCache();
-      result = 0;
     }
   }
   m_event.setLabel(kLabel);

@@ -141,7 +141,11 @@ CLmError FrameConn::ReadFrame(kpsHostProtocolHeader* header, const uint8_t** pay
                               size_t maxPayload) {
   if (!socket_.valid()) return CLmError(kKpErrDisconnected, "not connected");
   if (rlen_ > rpos_) firstByte = restMs > 0 ? Deadline::After(restMs) : firstByte;
-  if (CLmError e = Fill(kFrameHeaderBytes, firstByte, restMs)) return e;
+  if (CLmError e = Fill(kFrameHeaderBytes, firstByte, restMs)) {
+    lastReadGotNothing_ = rlen_ == rpos_;
+    return e;
+  }
+  lastReadGotNothing_ = false;
   Deadline rest = restMs > 0 ? Deadline::After(restMs) : firstByte;
   kpsHostProtocolHeader h;
   if (CLmError e = DecodeFrameHeader(rbuf_.data() + rpos_, maxPayload, &h)) return e;

@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "platform/base/KpSettings.h"
+
 using Clock = std::chrono::steady_clock;
 
 KpNetworkPool::KpNetworkPool() { forkGeneration_ = KpForkGeneration(); }
@@ -45,6 +47,9 @@ CLmError KpNetworkPool::initNetworkPool(const char* service, std::string host, s
   attachTimeout_ = attachTimeout ? attachTimeout : 120;
   maxSessions_ = std::max<unsigned long>(maxSessions, 1);
   idleLimit_ = idleLimit;
+  unsigned long checkMs = 1000;
+  KpSettings::Instance().GetNumber("Network", "nSessionCheckAfterIdleMs", &checkMs);
+  checkAfterIdle_ = std::chrono::milliseconds(checkMs);
   initialised_ = true;
   Debug(3, "pool for [%s] at [%s] as [%s]: io %lus, attach %lus, at most %lu sessions",
         service_.c_str(), host_.c_str(), client_.c_str(), ioTimeout_, attachTimeout_, maxSessions_);
@@ -89,7 +94,7 @@ void KpNetworkPool::ForgetInheritedLocked() {
 bool KpNetworkPool::FreshLocked(const Entry& e) const {
   if (e.generation != generation_) return false;
   if (idleLimit_ && Clock::now() - e.idleSince > std::chrono::seconds(idleLimit_)) return false;
-  return e.session->IsUsable();
+  return e.session->IsAttached();
 }
 
 CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
@@ -97,7 +102,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
   if (!initialised_) return CLmError(kKpErrBadArgument, "the pool was not initialised");
   std::unique_lock<std::mutex> lock(mutex_.native());
   ForgetInheritedLocked();
-  auto deadline = Clock::now() + std::chrono::seconds(attachTimeout_);
+  Clock::time_point deadline{};  // set when a borrower first has to wait
   bool waited = false;
   for (;;) {
     // The most recently returned idle session first: it is the likeliest to be alive.
@@ -119,6 +124,16 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
       if (best == nullptr || e.idleSince > best->idleSince) best = &e;
       ++i;
     }
+    // Only the session about to be lent is asked, and only after a long enough rest: a peer
+    // that closed while it sat idle (a server restart) is found here, not by the caller.
+    if (best && Clock::now() - best->idleSince > checkAfterIdle_ && !best->session->IsUsable()) {
+      Debug(4, "closing a session to [%s] whose peer has gone", host_.c_str());
+      bool timedOut = false;
+      best->session->Disconnect(1, timedOut);
+      entries_.erase(entries_.begin() + (best - entries_.data()));
+      ++stats_.replaced;
+      continue;
+    }
     if (best) {
       best->lent = true;
       session = best->session.get();
@@ -129,6 +144,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
     if (!waited) {
       ++stats_.waits;
       waited = true;
+      deadline = Clock::now() + std::chrono::seconds(attachTimeout_);
     }
     if (cv_.wait_until(lock, deadline) == std::cv_status::timeout) {
       return CLmError::Format(kKpErrLimit, "all %lu sessions to %s are in use", maxSessions_,
@@ -200,7 +216,7 @@ void KpNetworkPool::checkConnections() {
   KpCriticalSectionLock lock(mutex_);
   ForgetInheritedLocked();
   for (auto it = entries_.begin(); it != entries_.end();) {
-    if (!it->lent && !FreshLocked(*it)) {
+    if (!it->lent && (!FreshLocked(*it) || !it->session->IsUsable())) {
       bool timedOut = false;
       it->session->Disconnect(1, timedOut);
       it = entries_.erase(it);

@@ -114,9 +114,9 @@ TEST_F(WrapperTest, NoServerGivesTheConnectTextAndCode) {
   EXPECT_EQ(log_.CountContaining("Exit(msgId="), 0u) << "no exit line after a failed connect";
 }
 
-// A session lent out before the server restarted: its send fails, and the one recovery
-// re-attaches the same session object and sends again. With the server gone for good, the
-// re-attach fails and its text replaces the connect's.
+// A session lent out before the server restarted: its request goes into the closed connection,
+// the receive finds that no server read it, and the one recovery re-attaches the same session
+// object and sends again. With the server gone for good, the re-attach fails and says so.
 TEST_F(WrapperTest, ALostBorrowedSessionIsReattachedOnceAndResentOnce) {
   ScriptServer ch;
   ScriptLookup(ch);
@@ -139,7 +139,7 @@ TEST_F(WrapperTest, ALostBorrowedSessionIsReattachedOnceAndResentOnce) {
   ch.Stop();
   std::this_thread::sleep_for(50ms);
   Result r = LookupOn(wrapper, 3);
-  EXPECT_EQ(r.sendStatus, kKpErrRefused);
+  EXPECT_EQ(r.receiveStatus, kKpErrRefused);
   EXPECT_EQ(r.error.rfind("[ClientSessionWrapper::send] Re-attach failed. Connection error [connect to 127.0.0.1:", 0), 0u)
       << r.error;
   EXPECT_EQ(Logged(kSendLabel, kError, r.error), 1u);
@@ -187,6 +187,7 @@ TEST_F(WrapperTest, AFailedReceiveReportsAndTheDestructorFreesNothing) {
   EXPECT_EQ(CKpNetwork::FreeReceivedCalls(), freedBefore);
   EXPECT_EQ(AppMgrSessionPoolSingleton::currentFullPool()->stats().open, 0u)
       << "the broken session was not put back";
+  EXPECT_EQ(ch.Count(kBsLookup.requestId), 1u) << "a request the server read is never sent again";
 }
 
 TEST_F(WrapperTest, AServerRestartBetweenCallsCostsNoFailureAndNoDuplicate) {
