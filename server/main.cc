@@ -50,6 +50,7 @@ struct Config {
   size_t maxConnections = 256;
   std::string webConsoleUrl;
   uint64_t maxFileMb = 256;
+  bool sharedDatabase = false;
 };
 
 // One line, whatever the error text holds.
@@ -110,6 +111,9 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
   app.add_option("--max-file-mb", c->maxFileMb, "largest file accepted by file transfer, in MiB")
       ->capture_default_str()
       ->check(CLI::Range(1, 1 << 20));
+  app.add_flag("--shared-database", c->sharedDatabase,
+               "let other programs open appmgr.db while the server runs (two file-lock calls "
+               "per request); by default the server holds the file alone");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -167,7 +171,9 @@ CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   std::string path = (fs::path(c.dataDir) / "appmgr.db").string();
   std::error_code ec;
   bool fresh = !fs::exists(path, ec);
-  if (CLmError e = Store::Open(path, Store::Options{}, store)) {
+  Store::Options options;
+  options.exclusive = !c.sharedDatabase;
+  if (CLmError e = Store::Open(path, options, store)) {
     if (fresh) RemoveDatabase(path);
     return e;
   }

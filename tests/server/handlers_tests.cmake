@@ -16,7 +16,7 @@ appmgr_test(server_handlers_concurrency_tests CONCURRENCY
   LIBS appmgr_handlers)
 appmgr_test(appmgrd_tests
   SOURCES server/appmgrd_test.cc
-  LIBS appmgr_handlers appmgr_test_appmgrd)
+  LIBS appmgr_handlers appmgr_test_appmgrd SQLite::SQLite3)
 foreach(t server_handlers_tests server_handlers_concurrency_tests appmgrd_tests)
   if(TARGET ${t})
     target_compile_definitions(${t} PRIVATE APPMGR_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
