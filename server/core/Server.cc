@@ -105,7 +105,7 @@ const MessageRow* Server::RowOf(uint32_t id, uint32_t length) {
 void Server::HandleRow(const MessageRow* requestRow, BinaryHandler handler) {
   if (requestRow == nullptr) return;
   std::unique_lock lock(handlersMutex_);
-  binary_[requestRow] = std::move(handler);
+  binary_[requestRow] = std::make_shared<const BinaryHandler>(std::move(handler));
 }
 
 void Server::HandleXml(unsigned long tagId, XmlHandler handler) {
@@ -408,7 +408,7 @@ bool Server::Binary(Connection& c, const kpsHostProtocolHeader& h, const uint8_t
   auto* respHdr = reinterpret_cast<AppMgrRespHdr*>(c.response.data());
   respHdr->version = 2;
 
-  BinaryHandler handler;
+  std::shared_ptr<const BinaryHandler> handler;
   {
     std::shared_lock lock(handlersMutex_);
     auto it = binary_.find(row);
@@ -420,7 +420,7 @@ bool Server::Binary(Connection& c, const kpsHostProtocolHeader& h, const uint8_t
     respHdr->errorText = x.Text(std::string("this server has no handler for ") + row->name);
   } else {
     try {
-      handler(x);
+      (*handler)(x);
     } catch (const std::exception& ex) {
       EvEventWrapper::Error(kLabel, "handler of %s failed: %s", row->name, ex.what());
       std::memset(c.response.data(), 0, c.response.size());
