@@ -190,17 +190,4 @@ TEST_F(WrapperTest, AFailedReceiveReportsAndTheDestructorFreesNothing) {
   EXPECT_EQ(ch.Count(kBsLookup.requestId), 1u) << "a request the server read is never sent again";
 }
 
-TEST_F(WrapperTest, AServerRestartBetweenCallsCostsNoFailureAndNoDuplicate) {
-  ScriptServer ch;
-  ScriptLookup(ch);
-  Settings(ControlhostAt(ch));
-  for (int round = 0; round < 3; ++round) {
-    ASSERT_EQ(Lookup(round).name, "bs-" + std::to_string(round));
-    ch.Restart();
-    std::this_thread::sleep_for(30ms);
-  }
-  ASSERT_EQ(Lookup(9).name, "bs-9");
-  EXPECT_EQ(ch.Count(kBsLookup.requestId), 4u) << "every request was sent exactly once";
-}
-
 }  // namespace

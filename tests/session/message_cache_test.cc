@@ -353,17 +353,4 @@ TEST_F(CacheTest, AServerFillThatFailsSaysWhyAndAnswersFalse) {
   EXPECT_FALSE(wrapper.enableServerMessageCache(1)) << "a cache that is off is not filled";
 }
 
-TEST(MessageData, KeysCompareByIdThenLengthThenBytes) {
-  auto key = [](unsigned long id, std::string bytes, long time = 0) {
-    return std::make_shared<CMessageData>(id, bytes.data(), bytes.size(), time);
-  };
-  CCompareMessageData less;
-  EXPECT_TRUE(less(key(1, "zzzz"), key(2, "a")));
-  EXPECT_TRUE(less(key(2, "zz"), key(2, "aaa")));
-  EXPECT_TRUE(less(key(2, "aab"), key(2, "aac")));
-  EXPECT_FALSE(less(key(2, "aac"), key(2, "aac")));
-  EXPECT_FALSE(less(key(2, "aac"), key(2, "aac", 12345))) << "the time stamp is not part of the key";
-  EXPECT_FALSE(less(key(2, "aac", 12345), key(2, "aac")));
-}
-
 }  // namespace
