@@ -6,10 +6,10 @@
 // that send() connects. send() asks the message cache first; a send that fails is followed by
 // exactly one abort, one re-attach and one re-send. A request found by receive() never to have
 // reached a server (written into a connection the server had closed) gets that same recovery,
-// unless send() used it already: an exchange sends its request at most twice. receive() decodes the answer straight into
-// the caller's record (or takes it from the cache); its texts and arrays stay valid until the
-// next receive or the wrapper's destruction, which releases them and gives the session back
-// (or disconnects a private one).
+// unless send() used it already: an exchange sends its request at most twice. receive()
+// decodes the answer straight into the caller's record (or takes it from the cache); its texts
+// and arrays stay valid until the next receive or the wrapper's destruction, which releases
+// them and gives the session back (or disconnects a private one).
 //
 // Thread-safety: a wrapper belongs to one thread. The class-wide counters and switches are
 // shared by every wrapper of the process; they take no lock (relaxed atomics: a rare lost
