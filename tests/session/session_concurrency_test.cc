@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/base/KpSettings.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -50,6 +51,8 @@ class CacheConcurrency : public SessionFixture {
 // In a service on a laptop every wrapper settles the process's caching as it is made. Threads
 // that make wrappers (and look up something else now and then) must never let the critical
 // answer of another thread skip the clearing: the look-up after each update reaches the server.
+// Such a moment would be short, so the settings are re-read all along (a wrapper that reads
+// them then waits for the re-read) and a watcher samples the switch: it must never read "off".
 TEST_F(CacheConcurrency, WrappersMadeElsewhereNeverLetAnUpdateLeaveAStaleAnswer) {
   ScriptServer ch;
   std::atomic<uint64_t> servedOne{0};
@@ -62,7 +65,14 @@ TEST_F(CacheConcurrency, WrappersMadeElsewhereNeverLetAnUpdateLeaveAStaleAnswer)
   Settings(ControlhostAt(ch) + "[FileSystemAgent]\nnLaptopAgent = 1\n[EventManager]\nnDebugLevel = 1\n");
   std::atomic<bool> stop{false};
   std::atomic<int> failures{0};
+  std::atomic<uint64_t> seenOff{0};
   std::vector<std::thread> makers;
+  makers.emplace_back([&] {
+    while (!stop) seenOff += ClientSessionWrapper::m_gbUseCacheMap.load() ? 0 : 1;
+  });
+  makers.emplace_back([&] {
+    while (!stop) KpSettings::Instance().Reload();
+  });
   for (int t = 0; t < 2; ++t) {
     makers.emplace_back([&] {
       auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
@@ -87,6 +97,7 @@ TEST_F(CacheConcurrency, WrappersMadeElsewhereNeverLetAnUpdateLeaveAStaleAnswer)
   for (auto& m : makers) m.join();
   EXPECT_EQ(failures.load(), 0);
   EXPECT_EQ(stale, 0) << "look-ups answered from an entry an update should have cleared";
+  EXPECT_EQ(seenOff.load(), 0u) << "another thread saw the cache switched off for a moment";
   EXPECT_GT(ClientSessionWrapper::m_nSkippedMessageCalls.load(), 0u) << "the cache did serve answers";
 }
 
