@@ -50,7 +50,12 @@ class Path {
     for (int i = 0; i < depth_ && i < kMaxPath; ++i) {
       s += '.';
       s += items_[i].field->name;
-      if (items_[i].index >= 0) s += "[" + std::to_string(items_[i].index) + "]";
+      if (items_[i].index >= 0) {
+        // Appended piece by piece: GCC 12 at -O3 warns (-Wrestrict) about "[" + string.
+        s += '[';
+        s += std::to_string(items_[i].index);
+        s += ']';
+      }
     }
     return s;
   }
