@@ -14,7 +14,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <map>
 #include <memory>
 
@@ -74,10 +73,6 @@ class CMessageCacheSingleton {
   static void SetClockForTesting(long (*now)());
   static long Now();
   static void ResetForTesting();
-  // Tests: told of every insertion and clearing, in the order they happen under the lock.
-  enum class Event { kInserted, kCleared };
-  static void SetObserverForTesting(
-      std::function<void(Event, const CMessageData* request, const CMessageData* response)> observer);
 
  private:
   CMessageCacheSingleton() = default;
