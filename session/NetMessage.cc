@@ -22,14 +22,21 @@ std::atomic<NetMessage::HostNameReader> g_hostNameReader{SystemHostName};
 // after fork(); the host name is read again whenever the settings are re-read.
 
 std::atomic<int64_t> g_pid{0};  // 0: not read yet
+// Set while one thread reads the host name anew (see CurrentHostName).
+std::atomic_flag g_hostNameRefreshing = ATOMIC_FLAG_INIT;
 
-void RenewProcessIdInChild() { g_pid.store(static_cast<int64_t>(::getpid()), std::memory_order_relaxed); }
+// The child of fork() has a process id of its own, and only the thread that forked: a host name
+// refresh that another thread had begun will never end there, so its flag is let go.
+void RenewInChild() {
+  g_pid.store(static_cast<int64_t>(::getpid()), std::memory_order_relaxed);
+  g_hostNameRefreshing.clear(std::memory_order_relaxed);
+}
 
 int64_t ProcessId() {
   int64_t pid = g_pid.load(std::memory_order_relaxed);
   if (pid != 0) return pid;
   static std::once_flag registered;
-  std::call_once(registered, [] { pthread_atfork(nullptr, nullptr, RenewProcessIdInChild); });
+  std::call_once(registered, [] { pthread_atfork(nullptr, nullptr, RenewInChild); });
   pid = static_cast<int64_t>(::getpid());
   g_pid.store(pid, std::memory_order_relaxed);
   return pid;
@@ -43,7 +50,6 @@ struct HostName {
 };
 std::atomic<const HostName*> g_hostName{nullptr};
 std::atomic<uint64_t> g_hostNameGeneration{UINT64_MAX};  // settings generation it was read for
-std::atomic_flag g_hostNameRefreshing = ATOMIC_FLAG_INIT;
 
 void ReadHostName(char (&buffer)[1024]) {
   g_hostNameReader.load()(buffer, sizeof buffer);
