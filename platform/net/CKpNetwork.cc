@@ -363,6 +363,13 @@ CLmError CKpNetwork::SendXMLMessage(CNMessageBase& message, unsigned int /*flags
                                     int timeoutSeconds, bool& timedOut) {
   timedOut = false;
   if (CLmError e = Usable()) return Done(std::move(e));
+  // As for a binary request: bytes nobody asked for would be read as this message's answer.
+  if (conn_.HasBuffered()) {
+    return Fail(CLmError::Format(kKpErrProtocol,
+                                 "XML message %s: bytes nobody asked for wait on the connection",
+                                 message.getTagName()),
+                true, &timedOut);
+  }
   std::string text;
   if (int rc = message.serialize(text, false)) {
     return Done(CLmError::Format(kKpErrBadArgument, "XML message %s could not be serialised (%d)",

@@ -46,7 +46,11 @@ TEST_F(PreInstallTest, FetchesTheAddress) {
   EXPECT_EQ(Logged(kGet, 1, "Client successfully received App::GetDataInPreInstallModeResp XML from server"), 1u);
   EXPECT_EQ(Logged(kGet, 1, "Successfully fetched webconsole URL [https://ch01.example/webconsole] in preinstall mode"),
             1u);
-  EXPECT_EQ(log_.CountContaining("XML response for fetching WebconsoleURL in preinstall mode"), 1u);
+  App::GetDataInPreInstallModeResp answer;
+  answer.SetWebConsoleUrl(url);
+  std::string xml, line = "XML response for fetching WebconsoleURL in preinstall mode [";
+  answer.serialize(xml, false);
+  EXPECT_EQ(Logged(kGet, 5, line.append(xml).append("]")), 1u);
 
   // Without a host client name the connect string names the host twice.
   EXPECT_TRUE(KpAppMgrPreInstall::GetWebConsoleUrlInPreInstallMode(ch.host(), url, ""));
@@ -60,6 +64,10 @@ TEST_F(PreInstallTest, FailuresAnswerFalseAndLeaveTheAddress) {
   RawPeer silent([](appmgr::net::Socket& s) {  // takes the request and closes without an answer
     appmgr::net::FrameConn conn(std::move(s));
     if (RawPeer::AcceptHello(conn)) RawPeer::ReadFrame(conn);
+  });
+  RawPeer outOfStep([](appmgr::net::Socket& s) {  // bytes nobody asked for follow its accept
+    appmgr::net::FrameConn conn(std::move(s));
+    RawPeer::AcceptHello(conn, "stray");
   });
   Settings("");
   struct {
@@ -76,6 +84,9 @@ TEST_F(PreInstallTest, FailuresAnswerFalseAndLeaveTheAddress) {
        "Invalid tag in App::GetDataInPreInstallModeResp XML"},
       {"no message", ch.host(), [&] { Answer(ch, "x", Kind::kEmpty); }, kGet,
        "Pointer to App::GetDataInPreInstallModeResp XML is NULL"},
+      {"out of step", "127.0.0.1:" + std::to_string(outOfStep.port()), [] {}, kGet,
+       "Client is unable to send App::GetDataInPreInstallModeReq request to server. ErrorString "
+       "[XML message App::GetDataInPreInstallModeReq: bytes nobody asked for wait on the connection]"},
       {"no answer", "127.0.0.1:" + std::to_string(silent.port()), [] {}, kGet,
        "Client failed to receive App::GetDataInPreInstallModeResp XML from server. ErrorString "
        "[frame: the peer closed the connection]"},
