@@ -65,14 +65,16 @@ class SessionFixture : public testing::Test {
     });
   }
 
-  // One lookup, as an operation makes it, on `wrapper` or through a fresh one.
+  // One lookup, as an operation makes it, on `wrapper` (either wrapper class) or through a fresh
+  // ClientSessionWrapper.
   struct Result {
     int sendStatus = 0, receiveStatus = 0, verify = 0;
     std::string error;
     GenericLookupResp4 resp;
     std::string name;
   };
-  static Result LookupOn(ClientSessionWrapper& wrapper, uint64_t id,
+  template <class Wrapper>
+  static Result LookupOn(Wrapper& wrapper, uint64_t id,
                          unsigned long responseId = appmgr::msg::kBsLookup.responseId) {
     Result r;
     GenericLookupReq4 req;
@@ -85,9 +87,7 @@ class SessionFixture : public testing::Test {
     if (r.receiveStatus) return r;
     r.verify = msg.verifyResponseHeader(r.resp.hdr);
     if (r.resp.name) r.name = r.resp.name;
-    r.resp.name = nullptr;  // points into the wrapper, which may go before the result
-    r.resp.text = nullptr;
-    r.resp.hdr.errorText = nullptr;
+    r.resp.name = r.resp.text = r.resp.hdr.errorText = nullptr;  // they point into the wrapper
     return r;
   }
   static Result Lookup(uint64_t id, bool skipLite = false) {

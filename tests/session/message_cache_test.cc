@@ -6,6 +6,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <latch>
 #include <thread>
 
@@ -230,6 +231,10 @@ TEST_F(CacheTest, InALaptopServiceEntriesLiveForTheConfiguredMinutes) {
   ScriptServer ch;
   ScriptLookup(ch);
   ch.AnswerCacheFill({PreparedLookup(11, "prepared-11")});
+  char stored[81] = {};  // when the entry was made, as the expiry line shows it
+  time_t t = 1700000000;  // the clock LaptopService sets
+  struct tm local {};
+  strftime(stored, sizeof stored, "%m/%d %X", localtime_r(&t, &local));
   for (unsigned long minutes : {5ul, 1ul}) {
     Reset();
     ch.ResetCounts();
@@ -242,10 +247,10 @@ TEST_F(CacheTest, InALaptopServiceEntriesLiveForTheConfiguredMinutes) {
     g_now += 1;  // one second more
     Lookup(1);
     EXPECT_EQ(Sent(ch), 2u) << minutes;
-    EXPECT_EQ(log_.CountContaining("Clearing message (msgId=872415871(BS_LOOKUP_REQ) populated at "), 1u);
-    EXPECT_EQ(log_.CountContaining(") in cache because of expiration time is [" + std::to_string(minutes) +
-                                   "] minutes"),
-              1u);
+    std::string expiry = "Clearing message (msgId=872415871(BS_LOOKUP_REQ) populated at ";
+    expiry.append(stored).append(") in cache because of expiration time is [");
+    expiry.append(std::to_string(minutes)).append("] minutes");
+    EXPECT_EQ(Logged("CMessageCacheSingleton::CheckMessage", 4, expiry), 1u) << minutes;
   }
   ClientSessionWrapper wrapper(0x1a000000, false);
   EXPECT_TRUE(wrapper.enableServerMessageCache(1));

@@ -12,7 +12,7 @@ constexpr const char* kLiteLabel = "AppMgrSessionPoolSingleton::getAppMgrLiteSes
 
 class SessionPoolTest : public SessionFixture {};
 
-TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsWithTheControlhostWinning) {
+TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsAndChoosesTheControlhostRecord) {
   struct {
     const char* bits;
     int type;
@@ -21,21 +21,17 @@ TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsWithTheControlhostWinning) {
     Settings(std::string("[Platform]\nnPlatformType = ") + c.bits + "\n");
     EXPECT_EQ(getPlatformType(), c.type) << c.bits;
   }
-}
-
-// Which record answers for the Controlhost follows the platform type given, not the machine's.
-TEST_F(SessionPoolTest, NamesComeFromTheRecordOfThePlatformType) {
+  // The record asked for the Controlhost's names is the one of the type given, not the machine's.
   Settings("[Platform]\nnPlatformType = 1\nsPhysicalMachine = ch07\nsClientName = ch07client\n");
-  EvEvent ev("t");
   std::string server = "stale", client = "stale";
-  getAppMgrHostandClientNames(ev, 1, server, client);
-  EXPECT_EQ(server, "ch07");
-  EXPECT_EQ(client, "ch07client");
-  getAppMgrHostandClientNames(ev, 4, server, client);
+  getAppMgrHostandClientNames(EvEvent("t"), 1, server, client);
+  EXPECT_EQ(server + "/" + client, "ch07/ch07client") << "the Controlhost is itself";
+  getAppMgrHostandClientNames(EvEvent("t"), 4, server, client);
   EXPECT_EQ(server, "") << "a client with no Controlhost record has no server name";
 }
 
-TEST_F(SessionPoolTest, TheFullPoolIsMadeOnceAndLiveConnectionsComeFromIt) {
+// The full pool is made once; one that cannot be made is tried again, and logged, on every call.
+TEST_F(SessionPoolTest, TheFullPoolIsMadeOnceOrLogsWhyNotOnEveryCall) {
   ScriptServer ch;
   Settings(ControlhostAt(ch));
   KpNetworkPool* pool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName);
@@ -45,9 +41,9 @@ TEST_F(SessionPoolTest, TheFullPoolIsMadeOnceAndLiveConnectionsComeFromIt) {
   EXPECT_EQ(Logged(kFullLabel, 1, "serverName [" + ch.host() + "], clientName [ch01]."), 1u);
   EXPECT_EQ(Logged(kFullLabel, 4, "Entry (svcName=AppManager network access)"), 2u);
   EXPECT_EQ(Logged(kFullLabel, 4, "Exit (svcName=AppManager network access)"), 2u);
-}
 
-TEST_F(SessionPoolTest, AFullPoolThatCannotBeMadeLogsWhyOnEveryCall) {
+  Reset();
+  log_.Clear();
   Settings("[Controlhost]\nsHOSTNAME = ch.example\n");  // no client name
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName), nullptr);

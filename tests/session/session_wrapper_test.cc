@@ -9,19 +9,7 @@ namespace {
 
 using appmgr::msg::kBsLookup;
 
-class SessionWrapperTest : public SessionFixture {
- protected:
-  // A lookup of `id` on `sw`; the send's and the receive's status.
-  static std::pair<int, int> Exchange(SessionWrapper& sw, uint64_t id, GenericLookupResp4& resp,
-                                      std::string& err) {
-    GenericLookupReq4 req;
-    NetMessage header;  // holds the host name req.hdr points at
-    header.initRequestHeader(req.hdr);
-    req.id = id;
-    int sent = sw.send(kBsLookup.requestId, &req, sizeof req, err);
-    return {sent, sent ? 0 : sw.receive(kBsLookup.responseId, &resp, sizeof resp, err)};
-  }
-};
+class SessionWrapperTest : public SessionFixture {};
 
 TEST_F(SessionWrapperTest, AttachesToTheCallersHostAndExchanges) {
   ScriptServer server;
@@ -32,9 +20,9 @@ TEST_F(SessionWrapperTest, AttachesToTheCallersHostAndExchanges) {
   std::string err;
   ASSERT_EQ(sw.connectToCH(server.host(), "AppManager network access", err), 0) << err;
   sw.session().setJobId(5);
-  GenericLookupResp4 resp;
-  ASSERT_EQ(Exchange(sw, 3, resp, err), std::make_pair(0, 0)) << err;
-  EXPECT_STREQ(resp.name, "bs-3");
+  Result r = LookupOn(sw, 3);
+  ASSERT_EQ(r.sendStatus + r.receiveStatus, 0) << r.error;
+  EXPECT_EQ(r.name, "bs-3");
   EXPECT_EQ(sw.headerWord(), 5u) << "the third header word of the answer";
 }
 
@@ -48,9 +36,8 @@ TEST_F(SessionWrapperTest, FailuresAreLabelledWithTheNameAndLoggedAsDebugLines) 
                  "[connect to 127.0.0.77:8402: Connection refused]");
   EXPECT_EQ(Logged("SessionWrapper", 1, err), 1u);
 
+  EXPECT_EQ(LookupOn(sw, 1).error, "[myprog] Error sending message. [the session is not connected]");
   GenericLookupResp4 resp;
-  Exchange(sw, 1, resp, err);
-  EXPECT_EQ(err, "[myprog] Error sending message. [the session is not connected]");
   EXPECT_NE(sw.receive(kBsLookup.responseId, &resp, sizeof resp, err), 0);
   EXPECT_EQ(err, "[myprog] Error receiving message. the session is not connected]");
   EXPECT_EQ(log_.Records().size(), 3u);
@@ -71,11 +58,10 @@ TEST_F(SessionWrapperTest, AFailedReceiveIsReleasedUnderTheLastGoodIdByTheDestru
     SessionWrapper sw("sw", 0);
     std::string err;
     ASSERT_EQ(sw.connectToCH(server.host(), "AppManager network access", err), 0);
-    GenericLookupResp4 resp;
-    ASSERT_EQ(Exchange(sw, 1, resp, err), std::make_pair(0, 0));
+    ASSERT_EQ(LookupOn(sw, 1).name, "bs-1");
     server.DropBeforeAnswer(kBsLookup.requestId);
     before = CKpNetwork::FreeReceivedCalls();
-    EXPECT_NE(Exchange(sw, 2, resp, err).second, 0);
+    EXPECT_NE(LookupOn(sw, 2).receiveStatus, 0);
     EXPECT_EQ(CKpNetwork::FreeReceivedCalls(), before + 1) << "the good answer was freed first";
   }
   EXPECT_EQ(CKpNetwork::FreeReceivedCalls(), before + 2) << "the destructor freed after the failure";
