@@ -6,11 +6,13 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/net/Socket.h"
@@ -39,8 +41,15 @@ TEST(Appmgrd, AcknowledgedChangesSurviveARestart) {
   TestSettings settings;  // the test's own log
   AppmgrdProcess appmgrd(Demo());
   unsigned port = appmgrd.port();
-  EXPECT_EQ(appmgrd.Stdout(), "appmgrd listening on 127.0.0.1:" + std::to_string(port) + " (data " +
-                                  appmgrd.dataDir() + ")\n");
+  // The port file appears just before the line is printed: on a loaded machine the test can
+  // get there first, so wait for the line, bounded.
+  std::string out = appmgrd.Stdout();
+  for (int i = 0; i < 500 && out.empty(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    out = appmgrd.Stdout();
+  }
+  EXPECT_EQ(out, "appmgrd listening on 127.0.0.1:" + std::to_string(port) + " (data " +
+                     appmgrd.dataDir() + ")\n");
   {
     HandlerClient client(appmgrd.connectString());
     GenericUpdateReq2 u;
