@@ -3,10 +3,24 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <ctime>
 
 #include "platform/base/KpSettings.h"
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// When a session went idle, and how long it has been: read on every lend and every return, so
+// from the kernel's coarse monotonic clock (a few milliseconds of resolution, for limits of a
+// second or so; a sixth of the cost of the precise clock). Compared only with itself.
+Clock::time_point IdleNow() {
+  timespec ts{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &ts);
+  return Clock::time_point(std::chrono::seconds(ts.tv_sec) + std::chrono::nanoseconds(ts.tv_nsec));
+}
+
+}  // namespace
 
 KpNetworkPool::KpNetworkPool() { forkGeneration_ = KpForkGeneration(); }
 
@@ -58,7 +72,7 @@ CLmError KpNetworkPool::initNetworkPool(const char* service, std::string host, s
     auto session = std::make_unique<CKpNetwork>();
     if (CLmError e = Attach(*session)) return e;
     KpCriticalSectionLock lock(mutex_);
-    entries_.push_back({std::move(session), false, generation_, Clock::now()});
+    entries_.push_back({std::move(session), false, generation_, IdleNow()});
     CountLocked();
   }
   return {};
@@ -93,7 +107,7 @@ void KpNetworkPool::ForgetInheritedLocked() {
 
 bool KpNetworkPool::FreshLocked(const Entry& e) const {
   if (e.generation != generation_) return false;
-  if (idleLimit_ && Clock::now() - e.idleSince > std::chrono::seconds(idleLimit_)) return false;
+  if (idleLimit_ && IdleNow() - e.idleSince > std::chrono::seconds(idleLimit_)) return false;
   return e.session->IsAttached();
 }
 
@@ -126,7 +140,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
     }
     // Only the session about to be lent is asked, and only after a long enough rest: a peer
     // that closed while it sat idle (a server restart) is found here, not by the caller.
-    if (best && Clock::now() - best->idleSince > checkAfterIdle_ && !best->session->IsUsable()) {
+    if (best && IdleNow() - best->idleSince > checkAfterIdle_ && !best->session->IsUsable()) {
       Debug(4, "closing a session to [%s] whose peer has gone", host_.c_str());
       bool timedOut = false;
       best->session->Disconnect(1, timedOut);
@@ -166,7 +180,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
     return e;
   }
   session = fresh.get();
-  entries_.push_back({std::move(fresh), true, generation, Clock::now()});
+  entries_.push_back({std::move(fresh), true, generation, IdleNow()});
   CountLocked();
   return {};
 }
@@ -181,7 +195,7 @@ CLmError KpNetworkPool::releaseSessionObject(CKpNetwork* session) {
     return CLmError(kKpErrBadArgument, "releaseSessionObject: the session is not lent from this pool");
   }
   it->lent = false;
-  it->idleSince = Clock::now();
+  it->idleSince = IdleNow();
   // A session that failed, or one lent before terminateAllSessions(), is not lent again.
   if (session->IsBroken() || !session->IsConnected() || it->generation != generation_) {
     bool timedOut = false;

@@ -80,7 +80,8 @@ class KpNetworkPool {
   struct Entry {
     std::unique_ptr<CKpNetwork> session;
     bool lent = false;
-    uint64_t generation = 0;      // terminateAllSessions() generation at attach
+    uint64_t generation = 0;  // terminateAllSessions() generation at attach
+    // Read from the kernel's coarse monotonic clock: cheap enough for every lend and return.
     std::chrono::steady_clock::time_point idleSince;
   };
 
