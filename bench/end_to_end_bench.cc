@@ -90,20 +90,22 @@ void BM_PlainTcpPingPong(benchmark::State& state) {
 }
 BENCHMARK(BM_PlainTcpPingPong)->Threads(1)->Threads(2)->UseRealTime();
 
-// The lookup and the ping-pong taken in turn by each thread, one of each per iteration, so both
-// meet the same moments of a noisy machine; "lookup_vs_pingpong" is the ratio of the medians.
+// The lookup and the ping-pongs taken in turn by each thread, one of each per iteration, so all
+// meet the same moments of a noisy machine. "lookup_vs_pingpong" is the ratio of the medians
+// with a peer thread; "lookup_vs_process_pingpong" with a peer process, which pays for switching
+// between processes as the look-up does (appmgrd is a process of its own).
 void BM_LookupVsPingPongInterleaved(benchmark::State& state) {
   static std::once_flag started;
   std::call_once(started, [] { Server(); });
   size_t in = 0, out = 0;
   LookupFrameSizes(&in, &out);
   BSInterfaceNet bs;
-  Latencies lookups, plain;
+  Latencies lookups, plain, process;
   std::string name, text, err;
   long value = 0;
   unsigned long o1, o2, o3, o4 = 0;
   {
-    PingPong pingPong(in, out);
+    PingPong pingPong(in, out), processPingPong(in, out, PingPong::kProcess);
     for (auto _ : state) {
       auto start = std::chrono::steady_clock::now();
       if (bs.lookup(102, name, value, o1, o2, o3, text, o4, err, nullptr) != 0) {
@@ -117,13 +119,22 @@ void BM_LookupVsPingPongInterleaved(benchmark::State& state) {
         break;
       }
       plain.Add(start);
+      start = std::chrono::steady_clock::now();
+      if (!processPingPong.RoundTrip()) {
+        state.SkipWithError("ping-pong with a peer process failed");
+        break;
+      }
+      process.Add(start);
     }
   }
-  double lookup = lookups.Median(), ping = plain.Median();
+  double lookup = lookups.Median(), ping = plain.Median(), processPing = process.Median();
   lookups.Report(state, "lookup_");
   plain.Report(state, "pingpong_");
-  if (ping > 0) {
+  process.Report(state, "process_pingpong_");
+  if (ping > 0 && processPing > 0) {
     state.counters["lookup_vs_pingpong"] = benchmark::Counter(lookup / ping, benchmark::Counter::kAvgThreads);
+    state.counters["lookup_vs_process_pingpong"] =
+        benchmark::Counter(lookup / processPing, benchmark::Counter::kAvgThreads);
   }
 }
 BENCHMARK(BM_LookupVsPingPongInterleaved)->Threads(1)->Threads(2)->UseRealTime();

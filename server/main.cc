@@ -70,6 +70,7 @@ struct Config {
   size_t maxFrameBytes = 0;  // 0: [Network] nMaxFrameBytes of the settings, else 16 MiB
   std::string logTo;         // "file", "stderr", "journal"; empty: journal under systemd, else file
   bool check = false;
+  bool sharedDatabase = false;
 };
 
 constexpr size_t kMinFrameBytes = 4096;
@@ -147,6 +148,9 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
                "check the whole database (SQLite integrity and foreign keys) before serving; a "
                "damaged database fails the start");
   app.set_version_flag("--version", "appmgrd " APPMGRNET_VERSION);
+  app.add_flag("--shared-database", c->sharedDatabase,
+               "let other programs open appmgr.db while the server runs (two file-lock calls "
+               "per request); by default the server holds the file alone");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -241,7 +245,9 @@ CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   std::string path = (fs::path(c.dataDir) / "appmgr.db").string();
   std::error_code ec;
   bool fresh = !fs::exists(path, ec);
-  if (CLmError e = Store::Open(path, Store::Options{}, store)) {
+  Store::Options options;
+  options.exclusive = !c.sharedDatabase;
+  if (CLmError e = Store::Open(path, options, store)) {
     if (fresh) RemoveDatabase(path);
     return e;
   }

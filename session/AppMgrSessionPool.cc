@@ -1,5 +1,6 @@
 #include "session/AppMgrSessionPool.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -15,6 +16,19 @@ KpCriticalSection AppMgrSessionPoolSingleton::poolCriticalSection;
 KpFeatureCache g_FeatureCache(KPPI_Focus::getFocus());
 
 namespace {
+
+// Whether the feature switch turns the lite pool off, asked of g_FeatureCache once per settings
+// generation: every wrapper asks, and the answer changes only with the settings.
+bool LitePoolDisabled() {
+  static std::atomic<uint64_t> answer{UINT64_MAX};  // generation * 2 + the answer, in one word
+  const uint64_t generation = KpSettings::Instance().Generation();
+  uint64_t a = answer.load(std::memory_order_relaxed);
+  if (a >> 1 != generation) {
+    a = generation << 1 | (g_FeatureCache.IsFeatureEnabled("AppMgrSvcLiteDisable") ? 1 : 0);
+    answer.store(a, std::memory_order_relaxed);
+  }
+  return (a & 1) != 0;
+}
 
 // Pools dropped without being destroyed (see the header). Guarded by poolCriticalSection.
 std::vector<KpNetworkPool*>& Abandoned() {
@@ -136,7 +150,7 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getSessionPoolInstance(const std::str
 }
 
 KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
-  if (g_FeatureCache.IsFeatureEnabled("AppMgrSvcLiteDisable")) return nullptr;
+  if (LitePoolDisabled()) return nullptr;
   EvEvent event("AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance");
   event.Debug(4, "Entry (svcName=%s)", kAppMgrServiceName);
   KpCriticalSectionLock lock(poolCriticalSection);

@@ -30,8 +30,9 @@ void ClientSessionWrapper::resetClassStateForTesting() {
 
 ClientSessionWrapper::ClientSessionWrapper(unsigned long serviceCode, bool skipLitePool)
     : m_nServiceCode(serviceCode), m_bSkipLitePool(skipLitePool) {
-  m_event.setLabel("ClientSessionWrapper::ClientSessionWrapper");
+  static constexpr const char* kLabel = "ClientSessionWrapper::ClientSessionWrapper";
   CLmError error = initSessionPool();
+  m_event.setLabel(kLabel);
   if (error.IsError()) {
     m_event.Debug(1, "Could not get session from pool. Error:[%s]", error.AsString().c_str());
     m_pPool = nullptr;
@@ -45,24 +46,25 @@ ClientSessionWrapper::ClientSessionWrapper(unsigned long serviceCode, bool skipL
 
   m_bFoundInCache = m_bCriticalMessage = m_bNoCacheMessage = false;
   m_pCache = CMessageCacheSingleton::Instance();
-  m_event.setLabel("ClientSessionWrapper::ClientSessionWrapper");
+  m_event.setLabel(kLabel);
   if (m_pCache && CMessageCacheSingleton::m_nDisableMessageCacheRegistry) {
     m_gbUseCacheMap = false;
     m_event.Debug(4, "App message cache disabled as nDisableAppMessageCache set.");
   }
-  // The first wrapper of a process settles caching for every later one.
+  // The first wrapper of a process settles caching for every later one. The switch is only
+  // ever written with its final value: other threads read it at any moment, and a moment in
+  // which it read "off" would let a critical answer skip clearing the cache.
   if (m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
-    m_gbUseCacheMap = false;
     if (m_pCache && CMessageCacheSingleton::m_nIsLaptop) {
       unsigned long minutes = m_gnServiceCacheExpirationTime;
       KPPlatformInfo(KPPI_Focus::getFocus())
           .getNumber("EventManager", "nServiceCacheExpirationTimeMinutes", &minutes);
       m_gnServiceCacheExpirationTime = minutes;
-      m_gbUseCacheMap = true;
       m_event.Debug(4, "App message cache is enabled with expiration time [%d]minutes as this is a "
                        "service process on a laptop.",
                     static_cast<int>(minutes));
     } else {
+      m_gbUseCacheMap = false;
       m_event.Debug(4, "App message cache is disabled as this is a service process and not a laptop.");
     }
   }
@@ -90,7 +92,8 @@ CLmError ClientSessionWrapper::initSessionPool() {
     if (m_pPool) result = m_pPool->getSessionObject(m_pSession);
   }
   if (m_pPool == nullptr || result.IsError()) {
-    m_pPool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName);
+    static const std::string kService(kAppMgrServiceName);  // not a string built per call
+    m_pPool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kService);
     if (m_pPool) {
       result = m_pPool->getSessionObject(m_pSession);
     } else {
@@ -143,12 +146,40 @@ bool IsConnectionError(int code) {
 
 }  // namespace
 
+int ClientSessionWrapper::Resend(std::string& errorString) {
+  static constexpr const char* kLabel = "ClientSessionWrapper::send";
+  m_event.setLabel(kLabel);
+  m_bResent = true;
+  bool timedOut = false;
+  kpsStatus status = 0;
+  m_pSession->AbortConnection(status, 120, timedOut);
+  m_event.Debug(4, "Lost connnection to server. Re-attaching to controlhoster");
+  int code = connectToCH(kAppMgrServiceName, errorString);
+  m_event.setLabel(kLabel);
+  std::string text;
+  if (code != 0) {
+    code = LastError(&text);
+    errorMsg(&errorString, "[%s] Re-attach failed. Connection error [%s]", kLabel, text.c_str());
+    return code;
+  }
+  m_event.Debug(4, " Re-attach succeeded. re-sending request to server.");
+  CLmError error = m_pSession->SendXDRMessage(m_nSentMsgId, &m_sendBuffer, 0, -1, timedOut);
+  if (error.IsError()) {
+    code = LastError(&text);
+    errorMsg(&errorString, "Error [%s] re-sending request to server.", text.c_str());
+    return code;
+  }
+  m_event.Debug(4, "Re-send to server successful.");
+  return 0;
+}
+
 int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long length,
                                std::string& errorString) {
   static constexpr const char* kLabel = "ClientSessionWrapper::send";
   m_event.setLabel(kLabel);
   m_sendBuffer.setExternalBuffer(static_cast<char*>(record), length);
   m_nSentMsgId = msgId;
+  m_bResent = false;
   if (EvLog::On(4)) m_event.Debug(4, "Entry(msgId=%d(%s))", static_cast<int>(msgId), KPS_PRIM_STRING(msgId));
   m_nTotalMessageCalls.fetch_add(1, std::memory_order_relaxed);
   m_pSession->setJobId(m_nJobId.load(std::memory_order_relaxed));
@@ -174,27 +205,7 @@ int ClientSessionWrapper::send(unsigned long msgId, void* record, unsigned long 
       result = LastError(&text);
       errorMsg(&errorString, "[%s] Request not sent. [%s]", kLabel, text.c_str());
     } else if (error.IsError()) {
-      // The connection is taken as lost: exactly one recovery attempt.
-      kpsStatus status = 0;
-      m_pSession->AbortConnection(status, 120, timedOut);
-      m_event.Debug(4, "Lost connnection to server. Re-attaching to controlhoster");
-      int code = connectToCH(kAppMgrServiceName, errorString);
-      m_event.setLabel(kLabel);
-      if (code == 0) {
-        m_event.Debug(4, " Re-attach succeeded. re-sending request to server.");
-        error = m_pSession->SendXDRMessage(msgId, &m_sendBuffer, 0, -1, timedOut);
-        if (!error.IsError()) {
-          m_event.Debug(4, "Re-send to server successful.");
-        } else {
-          std::string text;
-          result = LastError(&text);
-          errorMsg(&errorString, "Error [%s] re-sending request to server.", text.c_str());
-        }
-      } else {
-        std::string text;
-        result = LastError(&text);
-        errorMsg(&errorString, "[%s] Re-attach failed. Connection error [%s]", kLabel, text.c_str());
-      }
+      result = Resend(errorString);
     }
   }
   m_event.setLabel(kLabel);
@@ -224,17 +235,28 @@ int ClientSessionWrapper::receive(unsigned long msgId, void* record, unsigned lo
     }
   } else {
     bool timedOut = false;
+    const unsigned long expected = msgId;
     CLmError error = m_pSession->ReceiveXDRMessage(&msgId, &m_recvBuffer, nullptr, 0, -1, timedOut);
-    if (error.IsError()) {
+    if (error.IsError() && !m_bResent && m_pSession->RequestNeverReachedPeer()) {
+      // The request went out on a connection the server had already closed (a restart while the
+      // session sat in the pool) and no server read it: this is the lost connection of send(),
+      // found one step later, and it gets the same one re-attach and re-send.
+      result = Resend(errorString);
+      m_event.setLabel(kLabel);
+      if (result == 0) {
+        msgId = expected;
+        error = m_pSession->ReceiveXDRMessage(&msgId, &m_recvBuffer, nullptr, 0, -1, timedOut);
+      }
+    }
+    if (result == 0 && error.IsError()) {  // (a failed recovery has filled errorString)
       std::string text;
       result = LastError(&text);
       errorMsg(&errorString, "[%s] Error receiving message. [%s]", kLabel, text.c_str());
       m_event.Debug(1, "%s", errorString.c_str());
-    } else {
+    } else if (result == 0) {
       m_nReceivedMsgId = msgId;
       m_bRecvBufferFreed = false;
       setMessageInCache();
-      result = 0;
     }
   }
   m_event.setLabel(kLabel);
@@ -443,14 +465,18 @@ bool ClientSessionWrapper::getMessageFromCache(unsigned long msgId) {
 
 void ClientSessionWrapper::enableMessageCache(bool enable) {
   EvEvent event("ClientSessionWrapper::enableMessageCache");
-  CMessageCacheSingleton* cache = CMessageCacheSingleton::Instance();
-  m_gbUseCacheMap = enable;
-  if (!CMessageCacheSingleton::m_nIsLaptop && m_gbUseCacheMap && KPPI_Focus::AmIAService()) {
-    m_gbUseCacheMap = false;
+  // Whether this is a laptop is known once the cache singleton has read the settings, which the
+  // first wrapper does: before that a service is taken as not on a laptop, and refused.
+  bool on = enable;
+  if (!CMessageCacheSingleton::m_nIsLaptop && on && KPPI_Focus::AmIAService()) {
+    on = false;
     event.Debug(1, "EnableAppMgrMessageCache is not valid for client service.");
   }
-  if (!m_gbUseCacheMap && cache) cache->ClearMessageCache();
-  event.Debug(1, "Message cache %s.", m_gbUseCacheMap ? "enabled" : "disabled");
+  m_gbUseCacheMap = on;  // written once: no other thread sees a value that does not stand
+  // A cache that was never made holds nothing to clear.
+  CMessageCacheSingleton* cache = CMessageCacheSingleton::m_pInstance.load(std::memory_order_acquire);
+  if (!on && cache) cache->ClearMessageCache();
+  event.Debug(1, "Message cache %s.", on ? "enabled" : "disabled");
 }
 
 bool ClientSessionWrapper::enableServerMessageCache(unsigned long jobId) {

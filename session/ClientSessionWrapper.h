@@ -4,10 +4,12 @@
 // response record, and lets it go. The constructor borrows a session: from the lite pool when
 // one is configured and not skipped, else from the full pool, else it makes a private session
 // that send() connects. send() asks the message cache first; a send that fails is followed by
-// exactly one abort, one re-attach and one re-send. receive() decodes the answer straight into
-// the caller's record (or takes it from the cache); its texts and arrays stay valid until the
-// next receive or the wrapper's destruction, which releases them and gives the session back
-// (or disconnects a private one).
+// exactly one abort, one re-attach and one re-send. A request found by receive() never to have
+// reached a server (written into a connection the server had closed) gets that same recovery,
+// unless send() used it already: an exchange sends its request at most twice. receive()
+// decodes the answer straight into the caller's record (or takes it from the cache); its texts
+// and arrays stay valid until the next receive or the wrapper's destruction, which releases
+// them and gives the session back (or disconnects a private one).
 //
 // Thread-safety: a wrapper belongs to one thread. The class-wide counters and switches are
 // shared by every wrapper of the process; they take no lock (relaxed atomics: a rare lost
@@ -73,6 +75,9 @@ class ClientSessionWrapper {
  private:
   // Code and text of the session's last failure; a code of 0 becomes -1.
   int LastError(std::string* text);
+  // The one recovery of an exchange whose connection was lost: abort, re-attach, send the same
+  // request again. 0, or the failing step's code with errorString filled.
+  int Resend(std::string& errorString);
 
   KpNetworkPool* m_pPool = nullptr;
   CKpNetwork* m_pSession = nullptr;
@@ -88,6 +93,7 @@ class ClientSessionWrapper {
   bool m_bCriticalMessage = false;
   bool m_bNoCacheMessage = false;
   bool m_bRecvBufferFreed = true;
+  bool m_bResent = false;  // this exchange has had its one recovery
   std::shared_ptr<CMessageData> m_pRequestData;
   std::shared_ptr<CMessageData> m_pResponseData;
   CMessageCacheSingleton* m_pCache = nullptr;

@@ -13,8 +13,8 @@
 CMessageCacheSingleton::Map CMessageCacheSingleton::m_gMessageCacheMap;
 unsigned long CMessageCacheSingleton::m_nMessageCacheSize = 0;
 unsigned long CMessageCacheSingleton::m_nMessagesInCache = 0;
-unsigned long CMessageCacheSingleton::m_nDisableMessageCacheRegistry = 0;
-unsigned long CMessageCacheSingleton::m_nIsLaptop = 0;
+std::atomic<unsigned long> CMessageCacheSingleton::m_nDisableMessageCacheRegistry{0};
+std::atomic<unsigned long> CMessageCacheSingleton::m_nIsLaptop{0};
 std::atomic<CMessageCacheSingleton*> CMessageCacheSingleton::m_pInstance{nullptr};
 std::atomic<KpCriticalSection*> CMessageCacheSingleton::m_gpCriticalSection{nullptr};
 const unsigned long CMessageCacheSingleton::m_nAppMgrMaxMessageNumber = appmgr::wire::kAppMgrMaxMessageNumber;
@@ -27,12 +27,6 @@ KpCriticalSection g_creationLock;
 
 long SystemNow() { return static_cast<long>(std::time(nullptr)); }
 std::atomic<long (*)()> g_clock{SystemNow};
-
-using Observer = std::function<void(CMessageCacheSingleton::Event, const CMessageData*, const CMessageData*)>;
-Observer& TheObserver() {  // guarded by the cache lock
-  static auto* observer = new Observer();
-  return *observer;
-}
 
 }  // namespace
 
@@ -148,7 +142,6 @@ bool CMessageCacheSingleton::InsertMessage(std::shared_ptr<CMessageData>& reques
     // A fixed 64 bytes per entry stands for the map's own bookkeeping.
     m_nMessageCacheSize += request->m_nlength + response->m_nlength + 64;
     m_nMessagesInCache = m_gMessageCacheMap.size();
-    if (TheObserver()) TheObserver()(Event::kInserted, request.get(), response.get());
   }
   return inserted;
 }
@@ -202,7 +195,6 @@ void CMessageCacheSingleton::ClearMessageCache() {
     m_gMessageCacheMap.clear();
     m_nMessageCacheSize = 0;
     m_nMessagesInCache = 0;
-    if (TheObserver()) TheObserver()(Event::kCleared, nullptr, nullptr);
   }
   EvEventWrapper::DebugLvl(kLabel, 8, "Message cache cleaned.");
 }
@@ -224,15 +216,8 @@ void CMessageCacheSingleton::ResetForTesting() {
     KpCriticalSectionLock lock(cs);
     m_gMessageCacheMap.clear();
     m_nMessageCacheSize = m_nMessagesInCache = 0;
-    TheObserver() = nullptr;
   }
   delete m_pInstance.exchange(nullptr);
   m_nDisableMessageCacheRegistry = m_nIsLaptop = 0;
   g_clock = SystemNow;
-}
-
-void CMessageCacheSingleton::SetObserverForTesting(
-    std::function<void(Event, const CMessageData*, const CMessageData*)> observer) {
-  KpCriticalSectionLock lock(Instance() ? m_gpCriticalSection.load() : &g_creationLock);
-  TheObserver() = std::move(observer);
 }

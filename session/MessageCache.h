@@ -14,7 +14,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <map>
 #include <memory>
 
@@ -61,8 +60,9 @@ class CMessageCacheSingleton {
   static Map m_gMessageCacheMap;
   static unsigned long m_nMessageCacheSize;
   static unsigned long m_nMessagesInCache;
-  static unsigned long m_nDisableMessageCacheRegistry;  // setting "nDisableAppMessageCache"
-  static unsigned long m_nIsLaptop;                     // setting "nLaptopAgent"
+  // Written once by Instance() (before the instance is published), read by any thread.
+  static std::atomic<unsigned long> m_nDisableMessageCacheRegistry;  // "nDisableAppMessageCache"
+  static std::atomic<unsigned long> m_nIsLaptop;                     // "nLaptopAgent"
   static std::atomic<CMessageCacheSingleton*> m_pInstance;
   static std::atomic<KpCriticalSection*> m_gpCriticalSection;
   static const unsigned long m_nAppMgrMaxMessageNumber;
@@ -73,10 +73,6 @@ class CMessageCacheSingleton {
   static void SetClockForTesting(long (*now)());
   static long Now();
   static void ResetForTesting();
-  // Tests: told of every insertion and clearing, in the order they happen under the lock.
-  enum class Event { kInserted, kCleared };
-  static void SetObserverForTesting(
-      std::function<void(Event, const CMessageData* request, const CMessageData* response)> observer);
 
  private:
   CMessageCacheSingleton() = default;

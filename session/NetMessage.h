@@ -30,8 +30,10 @@ class NetMessage : public MessageBase {
 
   NetMessage() : MessageBase(kVersion) {}
 
-  // version 2, the process id (sign-extended), the calling thread, and the host name (read into
-  // this object, cut to 1023 characters).
+  // version 2, the process id (sign-extended), the calling thread, and the host name (copied into
+  // this object, cut to 1023 characters). Neither id nor name costs a system call: the process
+  // id is kept for the process (and renewed in a child after fork()), the host name is read
+  // once and again whenever the settings are re-read (KpSettings Load or Reload).
   void initRequestHeader(AppMgrReqHdr& hdr) override;
   // Accepts everything.
   int verifyRequestHeader(AppMgrReqHdr& hdr) override;
@@ -41,7 +43,8 @@ class NetMessage : public MessageBase {
   // unless it is 0 or 100.
   int verifyResponseHeader(AppMgrRespHdr& hdr) override;
 
-  // Where host names come from; tests replace it to try names of any length.
+  // Where host names come from; tests replace it to try names of any length. Setting it makes
+  // the next header read the name again.
   using HostNameReader = int (*)(char* buffer, size_t size);
   static void SetHostNameReaderForTesting(HostNameReader reader);
 

@@ -55,7 +55,8 @@ const std::vector<KnownSection>& KnownSections() {
       {"FileSystemAgent", {"nLaptopAgent"}},
       {"Features", {}},
       {"Network",
-       {"nMaxFrameBytes", "nIoTimeoutSeconds", "nAttachTimeoutSeconds", "nCallTimeoutSeconds"}},
+       {"nMaxFrameBytes", "nIoTimeoutSeconds", "nAttachTimeoutSeconds", "nCallTimeoutSeconds",
+        "nSessionCheckAfterIdleMs"}},
   };
   return *known;
 }
@@ -278,7 +279,7 @@ void KpSettings::LoadLocked(const std::string& path) {
   const char* overlay = std::getenv(kOverlayVariable);
   overlay_read_ = overlay && *overlay;
   overlay_ = overlay_read_ ? Parse(overlay, kOverlayVariable) : Parsed{};
-  ++generation_;
+  generation_.fetch_add(1, std::memory_order_release);
 }
 
 const std::string* KpSettings::Find(KeyProbe probe) const {
@@ -346,9 +347,4 @@ std::vector<std::string> KpSettings::Warnings() const {
   w.insert(w.end(), overlay_.warnings.begin(), overlay_.warnings.end());
   for (std::string& c : Check(overlay_, kOverlayVariable)) w.push_back(std::move(c));
   return w;
-}
-
-uint64_t KpSettings::Generation() const {
-  std::shared_lock lock(mutex_);
-  return generation_;
 }

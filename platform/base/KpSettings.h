@@ -25,6 +25,7 @@
 // Thread-safety: every method may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -61,8 +62,9 @@ class KpSettings {
   bool OverlayRead() const;
   // What in the file (and the overlay) was ignored or looks mistaken, as "path:line: reason".
   std::vector<std::string> Warnings() const;
-  // Increments on every Load()/Reload(); readers that cache derived values compare it.
-  uint64_t Generation() const;
+  // Increments on every Load()/Reload(); readers that cache derived values compare it. A plain
+  // atomic read: cheap enough for every call of the library's hot path.
+  uint64_t Generation() const { return generation_.load(std::memory_order_acquire); }
 
   // A section and key to look up, compared without regard to ASCII case and without building
   // a string: reads are frequent (every session wrapper asks a few) and must not allocate.
@@ -111,5 +113,5 @@ class KpSettings {
   Parsed parsed_;
   Parsed overlay_;
   bool overlay_read_ = false;
-  uint64_t generation_ = 0;
+  std::atomic<uint64_t> generation_{0};
 };

@@ -13,6 +13,9 @@ namespace {
 
 // -1: follow the environment; 0/1: set by setServiceProcess().
 std::atomic<int> g_serviceOverride{-1};
+// What the environment said: -1 not read yet, else 0/1. Read once: the question is asked on
+// every call of the library, and a process does not change its role.
+std::atomic<int> g_serviceByEnvironment{-1};
 
 std::string Setting(const char* section, const char* key, const std::string& fallback = "") {
   std::string v;
@@ -44,15 +47,23 @@ std::string KPPI_Focus::getFocus() {
 bool KPPI_Focus::AmIAService() {
   int o = g_serviceOverride.load(std::memory_order_relaxed);
   if (o >= 0) return o == 1;
-  const char* env = std::getenv("APPMGR_PROCESS_ROLE");
-  return env && std::strcmp(env, "service") == 0;
+  int e = g_serviceByEnvironment.load(std::memory_order_relaxed);
+  if (e < 0) {
+    const char* env = std::getenv("APPMGR_PROCESS_ROLE");
+    e = env && std::strcmp(env, "service") == 0 ? 1 : 0;
+    g_serviceByEnvironment.store(e, std::memory_order_relaxed);
+  }
+  return e == 1;
 }
 
 void KPPI_Focus::setServiceProcess(bool isService) {
   g_serviceOverride.store(isService ? 1 : 0, std::memory_order_relaxed);
 }
 
-void KPPI_Focus::resetServiceProcess() { g_serviceOverride.store(-1, std::memory_order_relaxed); }
+void KPPI_Focus::resetServiceProcess() {
+  g_serviceOverride.store(-1, std::memory_order_relaxed);
+  g_serviceByEnvironment.store(-1, std::memory_order_relaxed);
+}
 
 unsigned long KPPI_Base::getPlatformType() const {
   unsigned long bits = KPPI_PLATFORM_CLIENT;

@@ -7,7 +7,8 @@
 //
 // Whether the current process is a service: the environment variable APPMGR_PROCESS_ROLE set
 // to "service" (services' unit files set it), or KPPI_Focus::setServiceProcess(true) called by
-// the program itself, which wins over the environment.
+// the program itself, which wins over the environment. The environment is read at the first
+// question (and again after resetServiceProcess()), not on every one.
 //
 // Thread-safety: objects are cheap, per-call and not shared; the static functions may be called
 // from any thread.
@@ -32,7 +33,7 @@ class KPPI_Focus {
   static bool IsAServer() { return AmIAService(); }
   // Declares the process a service (true) or not (false), overriding the environment.
   static void setServiceProcess(bool isService);
-  // Forgets a setServiceProcess() override (tests).
+  // Forgets a setServiceProcess() override and what the environment said (tests).
   static void resetServiceProcess();
 };
 

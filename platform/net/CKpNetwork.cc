@@ -118,10 +118,11 @@ CLmError CKpNetwork::Usable() {
   return {};
 }
 
-bool CKpNetwork::IsUsable() const {
-  return conn_.connected() && !broken_ && forkGeneration_ == KpForkGeneration() &&
-         conn_.LooksAlive();
+bool CKpNetwork::IsAttached() const {
+  return conn_.connected() && !broken_ && forkGeneration_ == KpForkGeneration();
 }
+
+bool CKpNetwork::IsUsable() const { return IsAttached() && conn_.LooksAlive(); }
 
 CLmError CKpNetwork::Attach_RemoteService(const std::string& connect, const std::string& service,
                                           const std::string& clientName, int timeoutSeconds,
@@ -236,11 +237,13 @@ CLmError CKpNetwork::SendXDRMessage(unsigned long msgId, kpsDatabuf_v2* buffer, 
                                  "message 0x%08lx (%s) has no request record of %lu bytes", msgId,
                                  KPS_PRIM_STRING(msgId), buffer->length()));
   }
-  // A peer that has closed (a server restart) fails the send before anything is written, so the
-  // caller's recovery re-attaches instead of writing a request into a dead connection.
-  if (!conn_.LooksAlive()) {
-    return Fail(CLmError(kKpErrDisconnected, std::string(row->name) +
-                                                 ": the server has closed the connection"),
+  // Bytes nobody asked for mean the connection is out of step: it is not written on again. The
+  // peer is not asked whether it is still there (that costs a system call per request): a
+  // request written into a connection the server had closed is found by the receive, which
+  // then tells the caller that the request never reached the server (RequestNeverReachedPeer).
+  if (conn_.HasBuffered()) {
+    return Fail(CLmError(kKpErrProtocol, std::string(row->name) +
+                                             ": bytes nobody asked for wait on the connection"),
                 true, &timedOut);
   }
   size_t room = conn_.PayloadCapacity();
@@ -270,7 +273,14 @@ CLmError CKpNetwork::SendXDRMessage(unsigned long msgId, kpsDatabuf_v2* buffer, 
 
 CLmError CKpNetwork::SendMessageWithRetry(unsigned long msgId, kpsDatabuf_v2* buffer, int flags,
                                           int timeoutSeconds, bool& timedOut) {
-  CLmError e = SendXDRMessage(msgId, buffer, flags, timeoutSeconds, timedOut);
+  CLmError e;
+  // This send has no caller that recovers after the receive, so it asks the peer first: one
+  // that has closed (a server restart) fails the attempt before anything is written.
+  if (!connect_.empty() && conn_.connected() && !broken_ && !conn_.LooksAlive()) {
+    e = Fail(CLmError(kKpErrDisconnected, "the server has closed the connection"), true, &timedOut);
+  } else {
+    e = SendXDRMessage(msgId, buffer, flags, timeoutSeconds, timedOut);
+  }
   for (int retry = 0; retry < 2 && e && !connect_.empty(); ++retry) {
     int code = e.GetErrorCode();
     // Only a lost or broken connection is worth a new one; a bad record stays bad.
@@ -298,7 +308,13 @@ CLmError CKpNetwork::ReceiveXDRMessage(unsigned long* msgId, kpsDatabuf_v2* buff
   kpsHostProtocolHeader h;
   const uint8_t* payload = nullptr;
   size_t length = 0;
+  requestNeverReachedPeer_ = false;
   if (CLmError e = ReadFrame(&h, &payload, &length, DeadlineFor(timeoutSeconds))) {
+    // Closed before a byte of the answer came, and the peer's TCP acknowledged nothing of the
+    // request: it was written after the server had closed its end, and no server read it. (A
+    // server that read the request and then died acknowledged it, at the latest with its FIN.)
+    requestNeverReachedPeer_ = e.GetErrorCode() == kKpErrDisconnected && conn_.LastReadGotNothing() &&
+                               conn_.socket().UnacknowledgedBytes() > 0;
     return Fail(CLmError(e.GetErrorCode(),
                          std::string("waiting for ") + KPS_PRIM_STRING(*msgId) + ": " + e.Text()),
                 true, &timedOut);
@@ -359,6 +375,13 @@ CLmError CKpNetwork::SendXMLMessage(CNMessageBase& message, unsigned int /*flags
                                     int timeoutSeconds, bool& timedOut) {
   timedOut = false;
   if (CLmError e = Usable()) return Done(std::move(e));
+  // As for a binary request: bytes nobody asked for would be read as this message's answer.
+  if (conn_.HasBuffered()) {
+    return Fail(CLmError::Format(kKpErrProtocol,
+                                 "XML message %s: bytes nobody asked for wait on the connection",
+                                 message.getTagName()),
+                true, &timedOut);
+  }
   std::string text;
   if (int rc = message.serialize(text, false)) {
     return Done(CLmError::Format(kKpErrBadArgument, "XML message %s could not be serialised (%d)",

@@ -6,7 +6,8 @@
 // says goodbye and closes; AbortConnection closes at once. Any I/O error, time-out or framing
 // error marks the session broken: every later call fails at once with the original reason until
 // the session is attached again. A server's error frame is reported but leaves the session
-// usable.
+// usable. An exchange costs two system calls, the send and the receive: the session does not ask
+// the socket whether the peer is still there before each send (see RequestNeverReachedPeer).
 //
 // Time-outs are in seconds; -1 (or 0) means the session's default I/O time-out (the pool sets it;
 // otherwise [Network] nIoTimeoutSeconds, default 600). A session inherited by a child process
@@ -69,8 +70,9 @@ class CKpNetwork {
   // length) and sends it.
   CLmError SendXDRMessage(unsigned long msgId, kpsDatabuf_v2* buffer, int flags, int timeoutSeconds,
                           bool& timedOut);
-  // As SendXDRMessage; a send that fails on a lost connection is repeated, up to twice, on a
-  // connection attached again with the same parameters.
+  // As SendXDRMessage, but asks the peer first whether it is still there; a send that fails on a
+  // lost connection is repeated, up to twice, on a connection attached again with the same
+  // parameters.
   CLmError SendMessageWithRetry(unsigned long msgId, kpsDatabuf_v2* buffer, int flags,
                                 int timeoutSeconds, bool& timedOut);
   // Receives one response record and decodes it into the record the buffer describes; texts
@@ -110,8 +112,15 @@ class CKpNetwork {
   CLmError GetLastErrorGenericText(unsigned long* code, std::string& text, unsigned long flags);
   const CLmError& LastError() const { return lastError_; }
 
-  // Connected, not broken, and the peer has not closed: fit to be lent out.
+  // Connected, not broken, and not inherited across fork(): no system call.
+  bool IsAttached() const;
+  // Attached, and the peer has not closed (asks the socket: one system call).
   bool IsUsable() const;
+  // After a failed ReceiveXDRMessage: the connection was found closed before any byte of the
+  // answer, and the peer acknowledged nothing of the request. The server had closed its end
+  // before the request arrived (a restart while the session sat idle), so no server read it and
+  // sending it again on a new attach cannot make it happen twice.
+  bool RequestNeverReachedPeer() const { return requestNeverReachedPeer_; }
   bool IsConnected() const { return conn_.connected(); }
   bool IsBroken() const { return broken_; }
   // The service and client of the last successful attach ("" before one).
@@ -143,6 +152,7 @@ class CKpNetwork {
 
   appmgr::net::FrameConn conn_;
   bool broken_ = false;
+  bool requestNeverReachedPeer_ = false;
   CLmError brokenReason_;
   CLmError lastError_;
   uint64_t forkGeneration_ = 0;

@@ -125,7 +125,8 @@ CLmError FrameConn::Fill(size_t need, Deadline deadline, int64_t restMs) {
     if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, rbuf_.size() - rlen_, deadline, &got, "frame")) {
       return e;
     }
-    if (rlen_ == 0 && restMs > 0) deadline = Deadline::After(restMs);  // the frame has begun
+    // The frame has begun: what is missing gets restMs (the clock is read only if something is).
+    if (rlen_ == 0 && restMs > 0 && got < need) deadline = Deadline::After(restMs);
     rlen_ += got;
   }
   return {};
@@ -141,12 +142,18 @@ CLmError FrameConn::ReadFrame(kpsHostProtocolHeader* header, const uint8_t** pay
                               size_t maxPayload) {
   if (!socket_.valid()) return CLmError(kKpErrDisconnected, "not connected");
   if (rlen_ > rpos_) firstByte = restMs > 0 ? Deadline::After(restMs) : firstByte;
-  if (CLmError e = Fill(kFrameHeaderBytes, firstByte, restMs)) return e;
-  Deadline rest = restMs > 0 ? Deadline::After(restMs) : firstByte;
+  if (CLmError e = Fill(kFrameHeaderBytes, firstByte, restMs)) {
+    lastReadGotNothing_ = rlen_ == rpos_;
+    return e;
+  }
+  lastReadGotNothing_ = false;
   kpsHostProtocolHeader h;
   if (CLmError e = DecodeFrameHeader(rbuf_.data() + rpos_, maxPayload, &h)) return e;
   rpos_ += kFrameHeaderBytes;
   size_t n = static_cast<size_t>(h.payloadLength);
+  // The rest of the frame gets restMs from here, unless it has all arrived with the header (the
+  // common case: then the clock is not read).
+  Deadline rest = restMs > 0 && rlen_ - rpos_ < n ? Deadline::After(restMs) : firstByte;
   if (CLmError e = Fill(n, rest)) {
     if (e.GetErrorCode() == kKpErrDisconnected) {
       return CLmError::Format(kKpErrDisconnected,

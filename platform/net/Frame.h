@@ -108,6 +108,8 @@ class FrameConn {
 
   // True when bytes of a next frame are already buffered.
   bool HasBuffered() const { return rlen_ > rpos_; }
+  // After a failed read: true when not one byte of the frame had arrived.
+  bool LastReadGotNothing() const { return lastReadGotNothing_; }
   // True when nothing is buffered and the socket looks alive (peer has not closed).
   bool LooksAlive() const { return rlen_ == rpos_ && socket_.LooksAlive(); }
 
@@ -122,6 +124,7 @@ class FrameConn {
   std::vector<uint8_t> rbuf_;
   size_t rpos_ = 0;  // first unread byte
   size_t rlen_ = 0;  // bytes held
+  bool lastReadGotNothing_ = false;
 };
 
 }  // namespace appmgr::net

@@ -3,10 +3,26 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <ctime>
+
+#include "platform/base/KpSettings.h"
 
 #include "platform/base/KpSettings.h"
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// When a session went idle, and how long it has been: read on every lend and every return, so
+// from the kernel's coarse monotonic clock (a few milliseconds of resolution, for limits of a
+// second or so; a sixth of the cost of the precise clock). Compared only with itself.
+Clock::time_point IdleNow() {
+  timespec ts{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &ts);
+  return Clock::time_point(std::chrono::seconds(ts.tv_sec) + std::chrono::nanoseconds(ts.tv_nsec));
+}
+
+}  // namespace
 
 KpNetworkPool::KpNetworkPool() { forkGeneration_ = KpForkGeneration(); }
 
@@ -57,6 +73,9 @@ CLmError KpNetworkPool::initNetworkPool(const char* service, std::string host, s
   }
   maxSessions_ = std::max<unsigned long>(maxSessions, 1);
   idleLimit_ = idleLimit;
+  unsigned long checkMs = 1000;
+  KpSettings::Instance().GetNumber("Network", "nSessionCheckAfterIdleMs", &checkMs);
+  checkAfterIdle_ = std::chrono::milliseconds(checkMs);
   initialised_ = true;
   Debug(3, "pool for [%s] at [%s] as [%s]: io %lus, attach %lus, at most %lu sessions",
         service_.c_str(), host_.c_str(), client_.c_str(), ioTimeout_, attachTimeout_, maxSessions_);
@@ -65,7 +84,7 @@ CLmError KpNetworkPool::initNetworkPool(const char* service, std::string host, s
     auto session = std::make_unique<CKpNetwork>();
     if (CLmError e = Attach(*session)) return e;
     KpCriticalSectionLock lock(mutex_);
-    entries_.push_back({std::move(session), false, generation_, Clock::now()});
+    entries_.push_back({std::move(session), false, generation_, IdleNow()});
     CountLocked();
   }
   return {};
@@ -100,8 +119,8 @@ void KpNetworkPool::ForgetInheritedLocked() {
 
 bool KpNetworkPool::FreshLocked(const Entry& e) const {
   if (e.generation != generation_) return false;
-  if (idleLimit_ && Clock::now() - e.idleSince > std::chrono::seconds(idleLimit_)) return false;
-  return e.session->IsUsable();
+  if (idleLimit_ && IdleNow() - e.idleSince > std::chrono::seconds(idleLimit_)) return false;
+  return e.session->IsAttached();
 }
 
 CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
@@ -109,7 +128,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
   if (!initialised_) return CLmError(kKpErrBadArgument, "the pool was not initialised");
   std::unique_lock<std::mutex> lock(mutex_.native());
   ForgetInheritedLocked();
-  auto deadline = Clock::now() + std::chrono::seconds(attachTimeout_);
+  Clock::time_point deadline{};  // set when a borrower first has to wait
   bool waited = false;
   for (;;) {
     // The most recently returned idle session first: it is the likeliest to be alive.
@@ -131,6 +150,16 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
       if (best == nullptr || e.idleSince > best->idleSince) best = &e;
       ++i;
     }
+    // Only the session about to be lent is asked, and only after a long enough rest: a peer
+    // that closed while it sat idle (a server restart) is found here, not by the caller.
+    if (best && IdleNow() - best->idleSince > checkAfterIdle_ && !best->session->IsUsable()) {
+      Debug(4, "closing a session to [%s] whose peer has gone", host_.c_str());
+      bool timedOut = false;
+      best->session->Disconnect(1, timedOut);
+      entries_.erase(entries_.begin() + (best - entries_.data()));
+      ++stats_.replaced;
+      continue;
+    }
     if (best) {
       best->lent = true;
       session = best->session.get();
@@ -141,6 +170,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
     if (!waited) {
       ++stats_.waits;
       waited = true;
+      deadline = Clock::now() + std::chrono::seconds(attachTimeout_);
     }
     if (cv_.wait_until(lock, deadline) == std::cv_status::timeout) {
       return CLmError::Format(kKpErrLimit, "all %lu sessions to %s are in use", maxSessions_,
@@ -162,7 +192,7 @@ CLmError KpNetworkPool::getSessionObject(CKpNetwork*& session) {
     return e;
   }
   session = fresh.get();
-  entries_.push_back({std::move(fresh), true, generation, Clock::now()});
+  entries_.push_back({std::move(fresh), true, generation, IdleNow()});
   CountLocked();
   return {};
 }
@@ -177,7 +207,7 @@ CLmError KpNetworkPool::releaseSessionObject(CKpNetwork* session) {
     return CLmError(kKpErrBadArgument, "releaseSessionObject: the session is not lent from this pool");
   }
   it->lent = false;
-  it->idleSince = Clock::now();
+  it->idleSince = IdleNow();
   // A session that failed, or one lent before terminateAllSessions(), is not lent again.
   if (session->IsBroken() || !session->IsConnected() || it->generation != generation_) {
     bool timedOut = false;
@@ -212,7 +242,7 @@ void KpNetworkPool::checkConnections() {
   KpCriticalSectionLock lock(mutex_);
   ForgetInheritedLocked();
   for (auto it = entries_.begin(); it != entries_.end();) {
-    if (!it->lent && !FreshLocked(*it)) {
+    if (!it->lent && (!FreshLocked(*it) || !it->session->IsUsable())) {
       bool timedOut = false;
       it->session->Disconnect(1, timedOut);
       it = entries_.erase(it);

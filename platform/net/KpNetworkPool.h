@@ -11,15 +11,21 @@
 //   maxSessions      most sessions the pool holds, lent and idle together (0 means 1)
 //   idleLimit        seconds an idle session may wait before it is closed instead of lent out
 //                    (0: no limit)
-// Every hand-out first checks the session: one whose peer has closed (a server restart), that
-// holds bytes nobody asked for, or that idled past the limit is closed and replaced by a fresh
-// attach, so the first call after a restart does not fail on a stale socket. A session given
-// back broken is closed, never lent again. In a child process after fork() the pool forgets
-// the parent's sessions without writing a byte on them.
+// Every hand-out first checks the session it picks, without a system call: one that is broken,
+// holds bytes nobody asked for, predates terminateAllSessions() or idled past the limit is
+// closed. Only a session that has sat idle longer than the check threshold ([Network]
+// nSessionCheckAfterIdleMs, default 1000 ms) has its socket asked whether the peer is still
+// there (one system call), and is replaced by a fresh attach when the peer has closed (a server
+// restart). A session in steady use is lent without that question: a request written into a
+// connection that the server closed in the meantime is detected by the receive
+// (CKpNetwork::RequestNeverReachedPeer) and sent again by the caller. Giving a session back costs
+// no system call. A session given back broken is closed, never lent again. In a child process
+// after fork() the pool forgets the parent's sessions without writing a byte on them.
 //
 // Thread-safety: every method may be called from any thread.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -56,8 +62,9 @@ class KpNetworkPool {
 
   // Closes every idle session; sessions out on loan are closed when they come back.
   void terminateAllSessions();
-  // Closes idle sessions whose peer has gone or that idled past the limit.
+  // Closes idle sessions whose peer has gone (asking every one) or that idled past the limit.
   void checkConnections();
+
 
   struct Stats {
     unsigned long open = 0;       // sessions held, lent and idle
@@ -73,12 +80,14 @@ class KpNetworkPool {
   struct Entry {
     std::unique_ptr<CKpNetwork> session;
     bool lent = false;
-    uint64_t generation = 0;      // terminateAllSessions() generation at attach
+    uint64_t generation = 0;  // terminateAllSessions() generation at attach
+    // Read from the kernel's coarse monotonic clock: cheap enough for every lend and return.
     std::chrono::steady_clock::time_point idleSince;
   };
 
   void Debug(int level, const char* format, ...) __attribute__((format(printf, 3, 4)));
   void ForgetInheritedLocked() KP_REQUIRES(mutex_);
+  // Fit to be lent, as far as can be told without a system call.
   bool FreshLocked(const Entry& e) const KP_REQUIRES(mutex_);
   void CountLocked() KP_REQUIRES(mutex_);
   CLmError Attach(CKpNetwork& session);
@@ -94,6 +103,7 @@ class KpNetworkPool {
 
   std::string service_, host_, client_;
   unsigned long ioTimeout_ = 600, attachTimeout_ = 120, maxSessions_ = 10, idleLimit_ = 0;
+  std::chrono::milliseconds checkAfterIdle_{1000};
   int debugLevel_ = 0;
   KpNetworkPoolDebugCallback callback_ = nullptr;
 };

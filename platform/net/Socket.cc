@@ -5,6 +5,8 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -284,6 +286,12 @@ bool Socket::LooksAlive() const {
   ssize_t n = ::recv(fd_, &c, 1, MSG_PEEK | MSG_DONTWAIT);
   if (n < 0) return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
   return false;  // end of stream, or bytes nobody asked for: either way not fit for a request
+}
+
+size_t Socket::UnacknowledgedBytes() const {
+  int queued = 0;
+  if (fd_ < 0 || ::ioctl(fd_, SIOCOUTQ, &queued) != 0 || queued < 0) return 0;
+  return static_cast<size_t>(queued);
 }
 
 }  // namespace appmgr::net

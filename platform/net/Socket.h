@@ -70,8 +70,12 @@ class Socket {
   CLmError SendAll(const void* data, size_t length, Deadline deadline, const char* what);
   // Receives between 1 and `room` bytes by the deadline; kKpErrDisconnected at end of stream.
   CLmError RecvSome(void* data, size_t room, Deadline deadline, size_t* received, const char* what);
-  // True when the peer has not closed and no unexpected bytes wait: a non-blocking peek.
+  // True when the peer has not closed and no unexpected bytes wait: a non-blocking peek (one
+  // system call; callers ask only where it earns its cost).
   bool LooksAlive() const;
+  // Bytes written that the peer's TCP has not acknowledged (sent or still queued); 0 when it
+  // cannot be told. Asked after a failure only.
+  size_t UnacknowledgedBytes() const;
 
  private:
   CLmError SetTimeout(int option, int64_t ms, int* cached);

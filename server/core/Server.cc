@@ -105,7 +105,7 @@ const MessageRow* Server::RowOf(uint32_t id, uint32_t length) {
 void Server::HandleRow(const MessageRow* requestRow, BinaryHandler handler) {
   if (requestRow == nullptr) return;
   std::unique_lock lock(handlersMutex_);
-  binary_[requestRow] = std::move(handler);
+  binary_[requestRow] = std::make_shared<const BinaryHandler>(std::move(handler));
 }
 
 void Server::HandleXml(unsigned long tagId, XmlHandler handler) {
@@ -337,11 +337,12 @@ void Server::Serve(std::shared_ptr<Connection> c) {
       CLmError e;
       for (int64_t idle = 0;;) {
         int64_t wait = std::min(frameMs, idleMs - idle);
-        auto before = net::Clock::now();
         e = c->conn.ReadFrame(&h, &payload, &length, Deadline::After(wait), frameMs,
                               options_.maxFrameBytes);
         if (!e || e.GetErrorCode() != kKpErrTimeout || c->conn.HasBuffered() || stopping_) break;
-        idle += std::chrono::duration_cast<std::chrono::milliseconds>(net::Clock::now() - before).count();
+        // A wait that timed out without a byte lasted its whole length (the clock is not read
+        // for every request just for this).
+        idle += wait;
         if (idle >= idleMs) {
           e = CLmError::Format(kKpErrTimeout, "idle for %d s", options_.idleTimeoutSeconds);
           break;
@@ -412,7 +413,7 @@ bool Server::Binary(Connection& c, const kpsHostProtocolHeader& h, const uint8_t
   auto* respHdr = reinterpret_cast<AppMgrRespHdr*>(c.response.data());
   respHdr->version = 2;
 
-  BinaryHandler handler;
+  std::shared_ptr<const BinaryHandler> handler;
   {
     std::shared_lock lock(handlersMutex_);
     auto it = binary_.find(row);
@@ -424,7 +425,7 @@ bool Server::Binary(Connection& c, const kpsHostProtocolHeader& h, const uint8_t
     respHdr->errorText = x.Text(std::string("this server has no handler for ") + row->name);
   } else {
     try {
-      handler(x);
+      (*handler)(x);
     } catch (const std::exception& ex) {
       EvEventWrapper::Error(kLabel, "handler of %s failed: %s", row->name, ex.what());
       std::memset(c.response.data(), 0, c.response.size());

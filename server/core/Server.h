@@ -191,7 +191,9 @@ class Server {
   std::vector<std::thread> finished_;
 
   mutable std::shared_mutex handlersMutex_;
-  std::map<const wire::MessageRow*, BinaryHandler> binary_;
+  // Shared, so a request takes its handler with a reference count rather than a copy of the
+  // function (which would allocate on every request).
+  std::map<const wire::MessageRow*, std::shared_ptr<const BinaryHandler>> binary_;
   std::map<unsigned long, XmlHandler> xml_;
   HelloPolicy helloPolicy_;
   FileStoredHook fileStored_;

@@ -49,6 +49,11 @@ CLmError Configure(sqlite3* db, const std::string& path, const Store::Options& o
   if (value != "1") {
     return CLmError(kStoreErrDatabase, path + ": this SQLite cannot enforce foreign keys");
   }
+  // Before the first access of the file: in exclusive mode SQLite then keeps the WAL index in
+  // memory and takes its file lock once, at the first read, instead of around every transaction.
+  if (options.exclusive) {
+    if (CLmError e = PragmaText(db, "PRAGMA locking_mode = EXCLUSIVE", path, &value)) return e;
+  }
   // The first statement that reads the file: a file that is not a database fails here.
   if (CLmError e = PragmaText(db, "PRAGMA journal_mode = WAL", path, &value)) return e;
   if (value != "wal") {
@@ -105,6 +110,7 @@ Store::Store(sqlite3* db, std::string path, int schemaVersion)
 Store::~Store() {
   // No transaction can be running: they borrow the store, which must outlive them.
   for (auto& [sql, cached] : statements_) sqlite3_finalize(cached->stmt);
+  for (sqlite3_stmt* stmt : controls_) sqlite3_finalize(stmt);
   int rc = sqlite3_close(db_);
   if (rc != SQLITE_OK) {
     EvEventWrapper::Error("Store::~Store", "%s: closing: %s", path_.c_str(), sqlite3_errstr(rc));
@@ -151,8 +157,9 @@ Statement Store::Failed(const char* operation, CLmError error) {
 }
 
 Statement Store::Prepare(const char* sql, const char* operation) {
-  std::unique_ptr<CachedStatement>& cached = statements_[sql];
-  if (!cached) cached = std::make_unique<CachedStatement>();
+  auto it = statements_.find(std::string_view(sql));
+  if (it == statements_.end()) it = statements_.emplace(sql, std::make_unique<CachedStatement>()).first;
+  std::unique_ptr<CachedStatement>& cached = it->second;
   bool* inUse = nullptr;
   sqlite3_stmt* stmt = nullptr;
   if (cached->stmt != nullptr && !cached->inUse) {
@@ -174,6 +181,19 @@ Statement Store::Prepare(const char* sql, const char* operation) {
   return Statement(stmt, inUse, operation, CLmError());
 }
 
+int Store::Run(Control control) {
+  static constexpr const char* kSql[kControls] = {"BEGIN DEFERRED", "BEGIN IMMEDIATE", "COMMIT",
+                                                   "ROLLBACK"};
+  sqlite3_stmt*& stmt = controls_[control];
+  if (stmt == nullptr) {
+    int rc = sqlite3_prepare_v3(db_, kSql[control], -1, SQLITE_PREPARE_PERSISTENT, &stmt, nullptr);
+    if (rc != SQLITE_OK) return rc;
+  }
+  int rc = sqlite3_step(stmt);
+  sqlite3_reset(stmt);
+  return rc == SQLITE_DONE ? SQLITE_OK : rc;
+}
+
 Store::Transaction::Transaction(Store& store, const char* operation, Mode mode)
     : store_(store), operation_(operation) {
   if (store_.owner_.load() == std::this_thread::get_id()) {
@@ -186,8 +206,7 @@ Store::Transaction::Transaction(Store& store, const char* operation, Mode mode)
   store_.mu_.Lock();
   locked_ = true;
   store_.owner_.store(std::this_thread::get_id());
-  const char* begin = mode == kWrite ? "BEGIN IMMEDIATE" : "BEGIN DEFERRED";
-  int rc = sqlite3_exec(store_.db_, begin, nullptr, nullptr, nullptr);
+  int rc = store_.Run(mode == kWrite ? kBeginWrite : kBeginRead);
   if (rc != SQLITE_OK) {
     status_ = SqliteError(store_.db_, rc, operation_);
     EvEventWrapper::Error(kTxnLabel, "%s", status_.Text().c_str());
@@ -200,7 +219,7 @@ Store::Transaction::~Transaction() {
   // SQLite ends the transaction by itself after some errors (a full disk, for one); then there
   // is nothing left to roll back.
   if (open_ && !sqlite3_get_autocommit(store_.db_)) {
-    int rc = sqlite3_exec(store_.db_, "ROLLBACK", nullptr, nullptr, nullptr);
+    int rc = store_.Run(kRollback);
     if (rc != SQLITE_OK) {
       EvEventWrapper::Error(kTxnLabel, "%s: rollback failed: %s", operation_,
                             sqlite3_errmsg(store_.db_));
@@ -230,7 +249,7 @@ CLmError Store::Transaction::Exec(const char* sql) {
 
 CLmError Store::Transaction::Commit() {
   if (!open_) return NotOpen();
-  int rc = sqlite3_exec(store_.db_, "COMMIT", nullptr, nullptr, nullptr);
+  int rc = store_.Run(kCommit);
   if (rc != SQLITE_OK) {
     CLmError e = SqliteError(store_.db_, rc, operation_);
     EvEventWrapper::Error(kTxnLabel, "%s", e.Text().c_str());

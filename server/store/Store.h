@@ -11,6 +11,9 @@
 // commits to the second; configuration changes are rare and small, so one fsync per commit is
 // cheap, and readers never wait for it.
 //
+// Locking: by default the store owns the file while it is open (Options::exclusive), so reads
+// take no file locks.
+//
 // Threading: one connection behind one mutex. A transaction holds the mutex from its start to
 // its end, so transactions of different threads run one after another. SQLite lets only one
 // writer in at a time anyway, and the store's reads are single-row or short-list lookups, so a
@@ -32,6 +35,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <unordered_map>
 
@@ -54,6 +58,12 @@ class Store {
     // others; 5 s is long enough for a checkpoint or a short copy, short enough that a request
     // fails before the client's own timeout.
     int busyTimeoutMs = 5000;
+    // The store owns the file while it is open (SQLite's exclusive locking mode, the WAL kept,
+    // its index in memory): reads take no file locks, so a look-up costs no system call of the
+    // store's, but no other process can open the file until the store closes (it gets "database
+    // is locked"). False keeps SQLite's shared locking, which lets other programs read and write
+    // the file meanwhile at the cost of two file-lock calls per transaction.
+    bool exclusive = true;
     // The migrations to bring the file to; empty means the server's own (ServerMigrations()).
     // Tests pass lists of their own.
     std::span<const Migration> migrations;
@@ -92,6 +102,9 @@ class Store {
 
   // REQUIRES: mu_ held.
   Statement Prepare(const char* sql, const char* operation) KP_REQUIRES(mu_);
+  // Runs one of the transaction statements, prepared once. REQUIRES: mu_ held.
+  enum Control { kBeginRead, kBeginWrite, kCommit, kRollback, kControls };
+  int Run(Control control) KP_REQUIRES(mu_);
   // A statement that only reports `error`.
   static Statement Failed(const char* operation, CLmError error);
 
@@ -102,8 +115,15 @@ class Store {
   KpCriticalSection mu_;
   // The thread inside a transaction, to refuse a nested one instead of deadlocking.
   std::atomic<std::thread::id> owner_{};
-  // Prepared statements by SQL text; they live as long as the store.
-  std::unordered_map<std::string, std::unique_ptr<CachedStatement>> statements_ KP_GUARDED_BY(mu_);
+  // Prepared statements by SQL text; they live as long as the store. Looked up by the text as
+  // given, without building a string each time.
+  struct SqlHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view sql) const { return std::hash<std::string_view>{}(sql); }
+  };
+  std::unordered_map<std::string, std::unique_ptr<CachedStatement>, SqlHash, std::equal_to<>>
+      statements_ KP_GUARDED_BY(mu_);
+  sqlite3_stmt* controls_[kControls] KP_GUARDED_BY(mu_) = {};
 };
 
 // Store::Transaction: the one way to use the connection. RAII: the constructor takes the

@@ -163,4 +163,19 @@ TEST_F(EndToEnd, AnAcknowledgedChangeSurvivesARestartBetweenTwoCalls) {
   EXPECT_EQ(props.seen["sKept"], "yes");
 }
 
+// appmgrd killed and started again between two calls: the second call succeeds, its request
+// written at most twice (once into the dead connection, once after the one re-attach).
+TEST_F(EndToEnd, AKilledAndRestartedServerCostsTheNextCallNothing) {
+  std::string name, text;
+  long value = 0;
+  unsigned long o1, o2, o3, o4 = 0;
+  ASSERT_EQ(bs_.lookup(102, name, value, o1, o2, o3, text, o4, err_, nullptr), 0) << err_;
+  server_->Stop(SIGKILL);
+  server_->Start();
+  log_.Clear();
+  ASSERT_EQ(bs_.lookup(103, name, value, o1, o2, o3, text, o4, err_, nullptr), 0) << err_;
+  EXPECT_LE(log_.Count(" Re-attach succeeded. re-sending request to server."), 1u);
+  EXPECT_EQ(log_.CountContaining("msgId=872415871(BS_LOOKUP_REQ)"), 2u) << "one send: entry and exit";
+}
+
 }  // namespace

@@ -87,6 +87,27 @@ TEST(Appmgrd, AcknowledgedChangesSurviveARestart) {
   EXPECT_STREQ(props.props[0].name, "sKept");
 }
 
+// By default appmgrd holds its database alone while it runs; --shared-database lets another
+// program read it meanwhile.
+TEST(Appmgrd, HoldsItsDatabaseAloneUnlessShared) {
+  TestSettings settings;
+  for (bool shared : {false, true}) {
+    AppmgrdProcess::Options o = Demo();
+    if (shared) o.extraArgs = {"--shared-database"};
+    AppmgrdProcess appmgrd(o);
+    HandlerClient client(appmgrd.connectString());
+    GenericLookupReq4 l;
+    l.id = 102;
+    EXPECT_STREQ(client.Call(kBsLookup, l).name, "defaultBackupSet");
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open_v2((appmgrd.dataDir() + "/appmgr.db").c_str(), &db, SQLITE_OPEN_READONLY, nullptr),
+              SQLITE_OK);
+    int rc = sqlite3_exec(db, "SELECT count(*) FROM backup_sets", nullptr, nullptr, nullptr);
+    EXPECT_EQ(rc, shared ? SQLITE_OK : SQLITE_BUSY) << sqlite3_errmsg(db);
+    sqlite3_close(db);
+  }
+}
+
 TEST(Appmgrd, StopsCleanlyOnSigtermAndSigint) {
   TestSettings settings;
   for (int signal : {SIGTERM, SIGINT}) {
@@ -356,7 +377,7 @@ TEST(Appmgrd, HelpListsEveryOptionAndVersionNamesTheReleaseBothExitingZero) {
   for (const char* option :
        {"--listen", "--port", "--data", "--fixture", "--port-file", "--log-dir", "--log-level",
         "--idle-timeout", "--max-connections", "--web-console-url", "--max-file-mb",
-        "--max-frame-bytes", "--log-to", "--check", "--version"}) {
+        "--max-frame-bytes", "--log-to", "--check", "--version", "--shared-database"}) {
     EXPECT_NE(r.out.find(option), std::string::npos) << option;
   }
   r = AppmgrdProcess::Run({"--version"});

@@ -47,6 +47,7 @@ TEST(StoreOpen, CreatesTheWholeSchemaInANewFile) {
   TempStore t;
   ASSERT_OK(t.Open());
   EXPECT_EQ(t.store().schema_version(), kLatest);
+  t.Close();  // the store holds the file alone while it is open
   EXPECT_EQ(QueryInt(t.path(), "PRAGMA user_version"), kLatest);
   for (const char* table : {"domain",
                             "clients",
@@ -121,6 +122,7 @@ TEST(StoreMigrate, AppliesOnlyTheMigrationsAFileHasNotSeen) {
   t.options().migrations = kV2;
   ASSERT_OK(t.Open());
   EXPECT_EQ(t.store().schema_version(), 2);
+  t.Close();
   EXPECT_EQ(QueryInt(t.path(), "SELECT a FROM t WHERE b = 'x'"), 42);
   EXPECT_EQ(QueryInt(t.path(), "SELECT count(*) FROM u"), 0);
 }
@@ -263,6 +265,22 @@ TEST(StoreTransaction, AConstraintFailureKeepsItsCodeAndNamesTheColumn) {
   EXPECT_EQ(e.Text(), "adding a parameter: UNIQUE constraint failed: global_params.name");
   Statement check = txn.Prepare("INSERT INTO global_params VALUES ('', '1')");
   EXPECT_EQ(check.Run().GetErrorCode(), kStoreErrInvalidArgument);
+}
+
+// By default the store holds the file alone while it is open; shared, another program can read
+// it meanwhile, and sees what the store committed.
+TEST(StoreOpen, HoldsTheFileAloneUnlessShared) {
+  for (bool exclusive : {true, false}) {
+    TempStore t;
+    t.options().exclusive = exclusive;
+    ASSERT_OK(t.Open());
+    ASSERT_OK(t.Load(kSmallFixture));
+    BackupSetInfo info;
+    ASSERT_OK(BackupSetStore(t.store()).Lookup(7, &info));
+    EXPECT_EQ(QueryInt(t.path(), "SELECT count(*) FROM backup_sets"), exclusive ? -1 : 2) << exclusive;
+    t.Close();
+    EXPECT_EQ(QueryInt(t.path(), "SELECT count(*) FROM backup_sets"), 2) << exclusive;
+  }
 }
 
 TEST(StoreDurability, ACommittedChangeSurvivesClosingAndReopening) {

@@ -1,12 +1,13 @@
 // Shared set-up of the session-layer tests: a private settings file whose [Controlhost] section
 // points at test servers, pools and class-wide state reset before and after each case, and a
-// log capture.
+// log capture that checks label and level as well as text.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/base/EvDebug.h"
 #include "platform/info/KPPlatformInfo.h"
@@ -64,32 +65,61 @@ class SessionFixture : public testing::Test {
     });
   }
 
-  // One lookup through a fresh wrapper, as an operation makes it.
+  // One lookup, as an operation makes it, on `wrapper` (either wrapper class) or through a fresh
+  // ClientSessionWrapper.
   struct Result {
     int sendStatus = 0, receiveStatus = 0, verify = 0;
     std::string error;
     GenericLookupResp4 resp;
     std::string name;
   };
-  static Result Lookup(uint64_t id, bool skipLite = false) {
+  template <class Wrapper>
+  static Result LookupOn(Wrapper& wrapper, uint64_t id,
+                         unsigned long responseId = appmgr::msg::kBsLookup.responseId) {
     Result r;
     GenericLookupReq4 req;
     NetMessage msg;
-    ClientSessionWrapper wrapper(0x1a000000, skipLite);
     msg.initRequestHeader(req.hdr);
     req.id = id;
     r.sendStatus = wrapper.send(appmgr::msg::kBsLookup.requestId, &req, sizeof req, r.error);
     if (r.sendStatus) return r;
-    r.receiveStatus = wrapper.receive(appmgr::msg::kBsLookup.responseId, &r.resp, sizeof r.resp, r.error);
+    r.receiveStatus = wrapper.receive(responseId, &r.resp, sizeof r.resp, r.error);
     if (r.receiveStatus) return r;
     r.verify = msg.verifyResponseHeader(r.resp.hdr);
     if (r.resp.name) r.name = r.resp.name;
-    r.resp.name = nullptr;  // points into the wrapper, gone now
-    r.resp.hdr.errorText = nullptr;
+    r.resp.name = r.resp.text = r.resp.hdr.errorText = nullptr;  // they point into the wrapper
     return r;
+  }
+  static Result Lookup(uint64_t id, bool skipLite = false) {
+    ClientSessionWrapper wrapper(0x1a000000, skipLite);
+    return LookupOn(wrapper, id);
+  }
+  // The BS update (a critical message) through a fresh wrapper: 0 or the failing step's status.
+  static int Update(uint64_t id) {
+    GenericUpdateReq2 req;
+    GenericResp resp;
+    NetMessage msg;
+    ClientSessionWrapper wrapper(0x1a000000, false);
+    msg.initRequestHeader(req.hdr);
+    req.id = id;
+    std::string err;
+    if (int rc = wrapper.send(appmgr::msg::kBsUpdate.requestId, &req, sizeof req, err)) return rc;
+    if (int rc = wrapper.receive(appmgr::msg::kBsUpdate.responseId, &resp, sizeof resp, err)) return rc;
+    return msg.verifyResponseHeader(resp.hdr);
   }
 
  protected:
+  // Lines logged under `label` at debug `level` (kError: error lines) whose text is `text`.
+  static constexpr int kError = -1;
+  size_t Logged(std::string_view label, int level, std::string_view text) const {
+    size_t n = 0;
+    for (const EvLogRecord& r : log_.Records()) {
+      bool levelMatches = level == kError ? r.error : !r.error && r.level == level;
+      n += levelMatches && r.label == label && r.text == text ? 1 : 0;
+    }
+    return n;
+  }
+
   std::unique_ptr<TestSettings> settings_;
   EvLogCapture log_;
 };

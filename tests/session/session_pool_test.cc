@@ -3,15 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "tests/session/SessionFixture.h"
 
 namespace {
 
+constexpr const char* kFullLabel = "AppMgrSessionPoolSingleton::getSessionPoolInstance";
+constexpr const char* kLiteLabel = "AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance";
+
 class SessionPoolTest : public SessionFixture {};
 
-TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsWithTheControlhostWinning) {
+TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsAndChoosesTheControlhostRecord) {
   struct {
     const char* bits;
     int type;
@@ -20,82 +21,72 @@ TEST_F(SessionPoolTest, PlatformTypeFollowsTheBitsWithTheControlhostWinning) {
     Settings(std::string("[Platform]\nnPlatformType = ") + c.bits + "\n");
     EXPECT_EQ(getPlatformType(), c.type) << c.bits;
   }
-}
-
-TEST_F(SessionPoolTest, NamesComeFromThePlatformRecord) {
-  Settings(
-      "[Platform]\nnPlatformType = 4\nsPhysicalMachine = agent07\n"
-      "[Controlhost]\nsHOSTNAME = ch.example\nsCLIENTNAME = chclient\n"
-      "sAPPMGRHOSTNAME = lite.example\nsAPPMGRCLIENTNAME = liteclient\n");
-  char name[256];
-  memset(name, 'Z', sizeof name);
-  getClientName(name, sizeof name);
-  EXPECT_STREQ(name, "agent07");
-  EvEvent ev("t");
-  std::string server, client;
-  getAppMgrHostandClientNames(ev, 4, server, client);
-  EXPECT_EQ(server, "ch.example");
-  EXPECT_EQ(client, "chclient");
-  getAppMgrLiteHostNameAndClientName(ev, server, client);
-  EXPECT_EQ(server, "lite.example");
-  EXPECT_EQ(client, "liteclient");
-
-  // On the Controlhost its own record answers.
+  // The record asked for the Controlhost's names is the one of the type given, not the machine's.
   Settings("[Platform]\nnPlatformType = 1\nsPhysicalMachine = ch07\nsClientName = ch07client\n");
-  getClientName(name, sizeof name);
-  EXPECT_STREQ(name, "ch07client");
-  server = client = "stale";
-  getAppMgrHostandClientNames(ev, 1, server, client);
-  EXPECT_EQ(server, "ch07");
-  EXPECT_EQ(client, "ch07client");
-  getAppMgrHostandClientNames(ev, 4, server, client);
+  std::string server = "stale", client = "stale";
+  getAppMgrHostandClientNames(EvEvent("t"), 1, server, client);
+  EXPECT_EQ(server + "/" + client, "ch07/ch07client") << "the Controlhost is itself";
+  getAppMgrHostandClientNames(EvEvent("t"), 4, server, client);
   EXPECT_EQ(server, "") << "a client with no Controlhost record has no server name";
 }
 
-TEST_F(SessionPoolTest, TheFullPoolIsMadeOnceAndLiveConnectionsComeFromIt) {
+// The full pool is made once; one that cannot be made is tried again, and logged, on every call.
+TEST_F(SessionPoolTest, TheFullPoolIsMadeOnceOrLogsWhyNotOnEveryCall) {
   ScriptServer ch;
   Settings(ControlhostAt(ch));
   KpNetworkPool* pool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName);
   ASSERT_NE(pool, nullptr);
   EXPECT_EQ(AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName), pool);
   EXPECT_EQ(pool->host(), "ch01@127.0.0.1:" + std::to_string(ch.port()) + "," + std::to_string(ch.port()));
-  EXPECT_EQ(log_.Count("serverName [" + ch.host() + "], clientName [ch01]."), 1u);
-}
+  EXPECT_EQ(Logged(kFullLabel, 1, "serverName [" + ch.host() + "], clientName [ch01]."), 1u);
+  EXPECT_EQ(Logged(kFullLabel, 4, "Entry (svcName=AppManager network access)"), 2u);
+  EXPECT_EQ(Logged(kFullLabel, 4, "Exit (svcName=AppManager network access)"), 2u);
 
-TEST_F(SessionPoolTest, MissingNamesLogAndFailOnEveryCall) {
+  Reset();
+  log_.Clear();
   Settings("[Controlhost]\nsHOSTNAME = ch.example\n");  // no client name
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName), nullptr);
   }
-  EXPECT_EQ(log_.Count("Client or server name is empty. Cant create session instance"), 3u);
+  EXPECT_EQ(Logged(kFullLabel, kError, "Client or server name is empty. Cant create session instance"), 3u);
   EXPECT_EQ(log_.Count("Exit (svcName=AppManager network access)"), 0u);
-}
 
-TEST_F(SessionPoolTest, TheLitePoolIsNeverMadeOnTheControlhost) {
-  ScriptServer lite;
-  Settings("[Platform]\nnPlatformType = 3\n[Controlhost]\n" + LiteAt(lite));
-  EXPECT_EQ(AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance(), nullptr);
-  Settings("[Platform]\nnPlatformType = 4\n[Controlhost]\n" + LiteAt(lite));
-  EXPECT_NE(AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance(), nullptr);
-}
-
-TEST_F(SessionPoolTest, DisabledLitePoolIsNullWithoutALogLine) {
-  ScriptServer lite;
-  Settings("[Features]\nAppMgrSvcLiteDisable = 1\n[Controlhost]\n" + LiteAt(lite));
+  // A pool the pool library refuses to initialise (no service named) is destroyed, and the
+  // exit line still follows.
+  Settings("[Controlhost]\nsHOSTNAME = ch.example\nsCLIENTNAME = chc\n");
   log_.Clear();
-  EXPECT_EQ(AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance(), nullptr);
-  EXPECT_TRUE(log_.Records().empty());
+  EXPECT_EQ(AppMgrSessionPoolSingleton::getSessionPoolInstance(""), nullptr);
+  EXPECT_EQ(Logged(kFullLabel, kError,
+                   "Failed to initialize Session Pool to AppManager(platformType[4], serverName(ch.example). "
+                   "Error:[initNetworkPool: service and host are required]"),
+            1u);
+  EXPECT_EQ(Logged(kFullLabel, 4, "Exit (svcName=)"), 1u);
+  EXPECT_EQ(AppMgrSessionPoolSingleton::currentFullPool(), nullptr);
 }
 
-TEST_F(SessionPoolTest, OneLiteKeyAloneMakesNoPoolAndLogsOnlyTheEntry) {
+TEST_F(SessionPoolTest, TheLitePoolIsMadeOnlyWhereConfiguredAndNeverOnTheControlhost) {
   ScriptServer lite;
-  for (const std::string& key : {"sAPPMGRHOSTNAME = " + lite.host(), std::string("sAPPMGRCLIENTNAME = l")}) {
-    Settings("[Controlhost]\n" + key + "\n");
+  struct {
+    const char* name;
+    std::string ini;
+    bool made;
+    size_t lines;  // when not made: the entry line, or nothing at all when switched off
+  } cases[] = {
+      {"a client with both keys", "[Platform]\nnPlatformType = 4\n[Controlhost]\n" + LiteAt(lite), true, 0},
+      {"the Controlhost", "[Platform]\nnPlatformType = 3\n[Controlhost]\n" + LiteAt(lite), false, 1},
+      {"host only", "[Controlhost]\nsAPPMGRHOSTNAME = " + lite.host() + "\n", false, 1},
+      {"client name only", "[Controlhost]\nsAPPMGRCLIENTNAME = l\n", false, 1},
+      {"switched off", "[Features]\nAppMgrSvcLiteDisable = 1\n[Controlhost]\n" + LiteAt(lite), false, 0},
+  };
+  for (const auto& c : cases) {
+    Reset();
+    Settings(c.ini);
     log_.Clear();
-    EXPECT_EQ(AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance(), nullptr);
-    auto records = log_.Records();
-    ASSERT_EQ(records.size(), 1u) << key;
-    EXPECT_EQ(records[0].text, "Entry (svcName=AppManager network access)");
+    EXPECT_EQ(AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() != nullptr, c.made) << c.name;
+    if (!c.made) {
+      EXPECT_EQ(log_.Records().size(), c.lines) << c.name;
+      EXPECT_EQ(Logged(kLiteLabel, 4, "Entry (svcName=AppManager network access)"), c.lines) << c.name;
+    }
   }
 }
 
@@ -115,13 +106,24 @@ TEST_F(SessionPoolTest, CleanUpForgetsThePoolAndTheNextCallMakesANewOne) {
   EXPECT_NE(AppMgrSessionPoolSingleton::currentFullPool(), nullptr);
 }
 
-TEST_F(SessionPoolTest, AnUnreachableHostIsAPoolThatCannotLend) {
-  // Initialising a pool touches no network, so the pool exists; borrowing from it fails.
-  Settings("[Controlhost]\nsHOSTNAME = 127.0.0.1:1\nsCLIENTNAME = ch\n");
-  KpNetworkPool* pool = AppMgrSessionPoolSingleton::getSessionPoolInstance(kAppMgrServiceName);
-  ASSERT_NE(pool, nullptr);
-  CKpNetwork* s = nullptr;
-  EXPECT_TRUE(pool->getSessionObject(s));
+// A call in progress when the pool is cleaned up keeps its session to the end, and gives it
+// back to the forgotten pool, which closes it.
+TEST_F(SessionPoolTest, CleanUpLeavesABorrowedSessionToItsBorrower) {
+  ScriptServer ch;
+  ScriptLookup(ch);
+  Settings(ControlhostAt(ch));
+  KpNetworkPool* forgotten = nullptr;
+  {
+    ClientSessionWrapper borrower(0x1a000000, false);
+    forgotten = AppMgrSessionPoolSingleton::currentFullPool();
+    ASSERT_NE(forgotten, nullptr);
+    AppMgrSessionPoolSingleton::cleanUpSessionPool();
+    EXPECT_EQ(LookupOn(borrower, 3).name, "bs-3");
+    EXPECT_EQ(log_.CountContaining("Lost connnection"), 0u) << "the session was not touched";
+    EXPECT_EQ(ch.core().ConnectionsAccepted(), 1u);
+  }
+  EXPECT_EQ(forgotten->stats().lent, 0u);
+  EXPECT_EQ(forgotten->stats().open, 0u) << "given back after the clean-up: closed, not kept";
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ bool RawPeer::ReadFrame(FrameConn& conn, kpsHostProtocolHeader* header) {
   return true;
 }
 
-bool RawPeer::AcceptHello(FrameConn& conn) {
+bool RawPeer::AcceptHello(FrameConn& conn, std::string_view trailing) {
   kpsHostProtocolHeader h;
   if (!ReadFrame(conn, &h) || appmgr::net::KindOf(h) != FrameKind::kHello) return false;
   appmgr::net::HelloAcceptRecord accept;
@@ -57,5 +57,11 @@ bool RawPeer::AcceptHello(FrameConn& conn) {
   appmgr::wire::EncodeRecord(accept, out);
   kpsHostProtocolHeader a;
   a.control = appmgr::net::MakeControl(FrameKind::kHelloAccept, true);
-  return !conn.Write(a, out.data(), out.size(), Deadline::After(5000));
+  if (trailing.empty()) return !conn.Write(a, out.data(), out.size(), Deadline::After(5000));
+  a.payloadLength = out.size();
+  std::vector<uint8_t> bytes(appmgr::net::kFrameHeaderBytes);
+  appmgr::net::EncodeFrameHeader(a, bytes.data());
+  bytes.insert(bytes.end(), out.begin(), out.end());
+  bytes.insert(bytes.end(), trailing.begin(), trailing.end());
+  return !conn.socket().SendAll(bytes.data(), bytes.size(), Deadline::After(5000), "accept");
 }

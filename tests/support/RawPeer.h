@@ -6,6 +6,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -22,8 +23,9 @@ class RawPeer {
   std::string connectString() const;  // for CKpNetwork::Attach_RemoteService
   int accepted() const { return accepted_.load(); }
 
-  // Reads the client's hello and accepts it. False when no hello came.
-  static bool AcceptHello(appmgr::net::FrameConn& conn);
+  // Reads the client's hello and accepts it, with `trailing` bytes after the accept in the same
+  // write (a peer out of step). False when no hello came.
+  static bool AcceptHello(appmgr::net::FrameConn& conn, std::string_view trailing = {});
   // Reads one frame and drops it. False on error.
   static bool ReadFrame(appmgr::net::FrameConn& conn, kpsHostProtocolHeader* header = nullptr);
 

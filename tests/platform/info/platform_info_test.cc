@@ -107,6 +107,8 @@ TEST(Focus, ServiceProcessesAreDeclaredByEnvironmentOrCall) {
   KPPI_Focus::resetServiceProcess();
   EXPECT_FALSE(KPPI_Focus::AmIAService());
   setenv("APPMGR_PROCESS_ROLE", "service", 1);
+  EXPECT_FALSE(KPPI_Focus::AmIAService()) << "the environment is read once";
+  KPPI_Focus::resetServiceProcess();
   EXPECT_TRUE(KPPI_Focus::AmIAService());
   EXPECT_TRUE(KPPI_Focus::IsAServer());
   KPPI_Focus::setServiceProcess(false);
