@@ -10,7 +10,6 @@
 
 #include <list>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "adapters/AdaptersInterfaceNet.h"
@@ -23,7 +22,8 @@
 
 namespace {
 
-// One appmgrd for the whole run, started on the first benchmark's thread (which outlives it).
+// One appmgrd for the whole run, started by main() before any benchmark: appmgrd dies with the
+// thread that started it, and a benchmark's second thread ends with the benchmark.
 AppmgrdProcess& Server() {
   static AppmgrdProcess* server = [] {
     AppmgrdProcess::Options o;
@@ -45,8 +45,6 @@ AppmgrdProcess& Server() {
 }
 
 void BM_LookupEndToEnd(benchmark::State& state) {
-  static std::once_flag started;
-  std::call_once(started, [] { Server(); });
   BSInterfaceNet bs;
   Latencies lat;
   std::string name, text, err;
@@ -95,8 +93,6 @@ BENCHMARK(BM_PlainTcpPingPong)->Threads(1)->Threads(2)->UseRealTime();
 // with a peer thread; "lookup_vs_process_pingpong" with a peer process, which pays for switching
 // between processes as the look-up does (appmgrd is a process of its own).
 void BM_LookupVsPingPongInterleaved(benchmark::State& state) {
-  static std::once_flag started;
-  std::call_once(started, [] { Server(); });
   size_t in = 0, out = 0;
   LookupFrameSizes(&in, &out);
   BSInterfaceNet bs;
@@ -279,4 +275,11 @@ BENCHMARK(BM_ClientList10kVsPingPongInterleaved)->UseRealTime()->Unit(benchmark:
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  Server();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -9,8 +9,8 @@
 #include "platform/base/KpSettings.h"
 #include "platform/net/MangleHostName.h"
 
-KpNetworkPool* AppMgrSessionPoolSingleton::singleInstance = nullptr;
-KpNetworkPool* AppMgrSessionPoolSingleton::appMgrSvcLiteInstance = nullptr;
+std::atomic<KpNetworkPool*> AppMgrSessionPoolSingleton::singleInstance{nullptr};
+std::atomic<KpNetworkPool*> AppMgrSessionPoolSingleton::appMgrSvcLiteInstance{nullptr};
 KpCriticalSection AppMgrSessionPoolSingleton::poolCriticalSection;
 
 KpFeatureCache g_FeatureCache(KPPI_Focus::getFocus());
@@ -118,12 +118,18 @@ CLmError initializeSessionPoolInstance(KpNetworkPool* pool, const std::string& s
 KpNetworkPool* AppMgrSessionPoolSingleton::getSessionPoolInstance(const std::string& serviceName) {
   EvEvent event("AppMgrSessionPoolSingleton::getSessionPoolInstance");
   event.Debug(4, "Entry (svcName=%s)", serviceName.c_str());
-  KpCriticalSectionLock lock(poolCriticalSection);
-  if (singleInstance) {
+  // Every call of the library asks; once the pool exists the answer needs no lock (a pool is
+  // published only once it is initialised, and never destroyed after that).
+  if (KpNetworkPool* pool = singleInstance.load(std::memory_order_acquire)) {
     event.Debug(4, "Exit (svcName=%s)", serviceName.c_str());
-    return singleInstance;
+    return pool;
   }
-  singleInstance = new KpNetworkPool();
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (KpNetworkPool* pool = singleInstance.load(std::memory_order_relaxed)) {
+    event.Debug(4, "Exit (svcName=%s)", serviceName.c_str());
+    return pool;
+  }
+  auto* pool = new KpNetworkPool();
   char localClientName[256] = {};
   getClientName(localClientName, sizeof localClientName);
   localClientName[sizeof localClientName - 1] = '\0';
@@ -133,79 +139,84 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getSessionPoolInstance(const std::str
   event.Debug(1, "serverName [%s], clientName [%s].", serverName.c_str(), clientName.c_str());
   if (serverName.empty() || clientName.empty()) {
     event.Error("Client or server name is empty. Cant create session instance");
-    Abandoned().push_back(singleInstance);  // dropped, not destroyed
-    singleInstance = nullptr;
+    Abandoned().push_back(pool);  // dropped, not destroyed
     return nullptr;
   }
-  CLmError error =
-      initializeSessionPoolInstance(singleInstance, serverName, clientName, localClientName, serviceName);
+  CLmError error = initializeSessionPoolInstance(pool, serverName, clientName, localClientName, serviceName);
   if (error.IsError()) {
     event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
                 platformType, serverName.c_str(), error.AsString().c_str());
-    delete singleInstance;
-    singleInstance = nullptr;
+    delete pool;
+    pool = nullptr;
   }
+  singleInstance.store(pool, std::memory_order_release);
   event.Debug(4, "Exit (svcName=%s)", serviceName.c_str());
-  return singleInstance;
+  return pool;
 }
 
 KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
   if (LitePoolDisabled()) return nullptr;
   EvEvent event("AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance");
   event.Debug(4, "Entry (svcName=%s)", kAppMgrServiceName);
-  KpCriticalSectionLock lock(poolCriticalSection);
-  if (appMgrSvcLiteInstance) {
-    event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
-    return appMgrSvcLiteInstance;
-  }
   // Where there is no lite host, the answer stays "none" until the settings change; remembering
-  // it spares every later wrapper the platform reads. Guarded by poolCriticalSection.
-  static uint64_t noLiteHostGeneration = UINT64_MAX;
+  // it spares every later wrapper the platform reads. Like an existing pool, it is answered
+  // without the lock.
+  static std::atomic<uint64_t> noLiteHostGeneration{UINT64_MAX};
   KpSettings& settings = KpSettings::Instance();
-  if (noLiteHostGeneration == settings.Generation()) return nullptr;
+  if (KpNetworkPool* pool = appMgrSvcLiteInstance.load(std::memory_order_acquire)) {
+    event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
+    return pool;
+  }
+  if (noLiteHostGeneration.load(std::memory_order_acquire) == settings.Generation()) return nullptr;
+  KpCriticalSectionLock lock(poolCriticalSection);
+  if (KpNetworkPool* pool = appMgrSvcLiteInstance.load(std::memory_order_relaxed)) {
+    event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
+    return pool;
+  }
   const uint64_t before = settings.Generation();
+  if (noLiteHostGeneration.load(std::memory_order_relaxed) == before) return nullptr;
   int platformType = getPlatformType();
   std::string hostName, clientName;
   // The Controlhost never uses the lite pool.
   if (platformType != 1) getAppMgrLiteHostNameAndClientName(event, hostName, clientName);
   if (platformType == 1 || hostName.empty() || clientName.empty()) {
-    if (settings.Generation() == before) noLiteHostGeneration = before;
+    if (settings.Generation() == before) noLiteHostGeneration.store(before, std::memory_order_release);
     return nullptr;
   }
 
-  appMgrSvcLiteInstance = new KpNetworkPool();
+  auto* pool = new KpNetworkPool();
   char localClientName[256] = {};
   getClientName(localClientName, sizeof localClientName);
   localClientName[sizeof localClientName - 1] = '\0';
   event.Debug(1, "serverName [%s], clientName [%s].", hostName.c_str(), clientName.c_str());
-  CLmError error = initializeSessionPoolInstance(appMgrSvcLiteInstance, hostName, clientName,
-                                                 localClientName, kAppMgrServiceName);
+  CLmError error = initializeSessionPoolInstance(pool, hostName, clientName, localClientName, kAppMgrServiceName);
   if (error.IsError()) {
     event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
                 platformType, hostName.c_str(), error.AsString().c_str());
-    delete appMgrSvcLiteInstance;
-    appMgrSvcLiteInstance = nullptr;
+    delete pool;
+    pool = nullptr;
   }
+  appMgrSvcLiteInstance.store(pool, std::memory_order_release);
   event.Debug(4, "Exit (svcName=%s)", kAppMgrServiceName);
-  return appMgrSvcLiteInstance;
+  return pool;
 }
 
 void AppMgrSessionPoolSingleton::terminateAllSessions() {
   KpCriticalSectionLock lock(poolCriticalSection);
-  if (singleInstance) singleInstance->terminateAllSessions();
+  if (KpNetworkPool* pool = singleInstance.load()) pool->terminateAllSessions();
 }
 
 void AppMgrSessionPoolSingleton::checkConnections() {
   KpCriticalSectionLock lock(poolCriticalSection);
-  if (singleInstance) singleInstance->checkConnections();
+  if (KpNetworkPool* pool = singleInstance.load()) pool->checkConnections();
 }
 
 void AppMgrSessionPoolSingleton::cleanUpSessionPool() {
   KpCriticalSectionLock lock(poolCriticalSection);
-  if (singleInstance) {
-    singleInstance->terminateAllSessions();
-    Abandoned().push_back(singleInstance);  // borrowers still give their sessions back to it
-    singleInstance = nullptr;
+  if (KpNetworkPool* pool = singleInstance.load()) {
+    pool->terminateAllSessions();
+    Abandoned().push_back(pool);  // borrowers still give their sessions back to it
+    singleInstance.store(nullptr);
   }
 }
 

@@ -11,11 +11,13 @@
 // without being destroyed: wrappers that borrowed from it give their sessions back to it. They
 // stay reachable (on a list never freed) so leak checkers see them as kept on purpose.
 //
-// Thread-safety: every function may be called from any thread; the getters and the pool
-// operations serialise on poolCriticalSection (the lite pool's feature check comes first,
-// without the lock).
+// Thread-safety: every function may be called from any thread; making a pool and the pool
+// operations serialise on poolCriticalSection. The getters answer without the lock once their
+// pool exists (and the lite getter once it knows there is no lite host for the current
+// settings); the lite pool's feature check comes first.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "platform/base/CLmError.h"
@@ -48,8 +50,10 @@ class AppMgrSessionPoolSingleton {
   static KpNetworkPool* currentFullPool();
   static KpNetworkPool* currentLitePool();
 
-  static KpNetworkPool* singleInstance;
-  static KpNetworkPool* appMgrSvcLiteInstance;
+  // Written under poolCriticalSection, and only with a pool that is initialised; read without
+  // it by the getters once a pool exists.
+  static std::atomic<KpNetworkPool*> singleInstance;
+  static std::atomic<KpNetworkPool*> appMgrSvcLiteInstance;
   static KpCriticalSection poolCriticalSection;
 };
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -23,9 +24,11 @@ TEST_F(WrapperConcurrency, EightThreadsShareThePoolAndCountEveryCall) {
   Settings(ControlhostAt(ch) + "[EventManager]\nnDebugLevel = 1\n");
   constexpr int kThreads = 8, kExchanges = 2000;
   std::atomic<int> failures{0};
+  std::latch start(kThreads);  // the first calls all at once: they race to make the pool
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
+      start.arrive_and_wait();
       for (int i = 0; i < kExchanges; ++i) {
         uint64_t id = uint64_t(t) * 100000 + uint64_t(i);
         Result r = Lookup(id);
@@ -35,9 +38,9 @@ TEST_F(WrapperConcurrency, EightThreadsShareThePoolAndCountEveryCall) {
   }
   for (auto& th : threads) th.join();
   EXPECT_EQ(failures.load(), 0);
-  KpNetworkPool* pool = AppMgrSessionPoolSingleton::currentFullPool();
-  ASSERT_NE(pool, nullptr);
-  EXPECT_EQ(pool->stats().lent, 0u) << "every session was returned";
+  std::string made = "serverName [" + ch.host() + "], clientName [ch01].";
+  EXPECT_EQ(Logged("AppMgrSessionPoolSingleton::getSessionPoolInstance", 1, made), 1u) << "one pool";
+  EXPECT_EQ(AppMgrSessionPoolSingleton::currentFullPool()->stats().lent, 0u) << "all returned";
   EXPECT_EQ(ch.Count(kBsLookup.requestId), uint64_t(kThreads) * kExchanges);
   EXPECT_EQ(ClientSessionWrapper::m_nTotalMessageCalls.load(), uint64_t(kThreads) * kExchanges);
 }
@@ -47,11 +50,10 @@ class CacheConcurrency : public SessionFixture {
   CacheConcurrency() { useCache_ = true; }
 };
 
-// In a service on a laptop every wrapper settles the process's caching as it is made. Threads
-// that make wrappers (and look up something else now and then) must never let the critical
-// answer of another thread skip the clearing: the look-up after each update reaches the server.
-// Such a moment would be short, so the settings are re-read all along (a wrapper that reads
-// them then waits for the re-read) and a watcher samples the switch: it must never read "off".
+// In a laptop service every wrapper settles the process's caching as it is made. Threads making
+// wrappers must never let another thread's critical answer skip the clearing: the look-up after
+// each update reaches the server. Such a moment would be short, so the settings are re-read all
+// along (a wrapper reading them waits) and a watcher samples the switch: never "off".
 TEST_F(CacheConcurrency, WrappersMadeElsewhereNeverLetAnUpdateLeaveAStaleAnswer) {
   ScriptServer ch;
   std::atomic<uint64_t> servedOne{0};
