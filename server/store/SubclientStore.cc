@@ -78,6 +78,14 @@ std::string_view Trimmed(std::string_view path) {
   return path;
 }
 
+// The comparison key of a trimmed path: both separators read as '/'.
+void KeyOf(std::string_view path, std::string* key) {
+  key->assign(path);
+  for (char& c : *key) {
+    if (c == '\\') c = '/';
+  }
+}
+
 // Calls `f` with every proper ancestor of a trimmed path: the part before each separator,
 // itself trimmed. "/var/log" has "/var" and "" (the root); "C:\Users\x" has "C:\Users" and
 // "C:"; a text without separators has none.
@@ -226,8 +234,13 @@ CLmError SubclientStore::Overlapping(uint64_t id, std::vector<uint64_t>* ids) {
     if (CLmError e = own.Step(&row)) return e;
     if (!row) break;
     std::string_view path = Trimmed(own.TextView(0));
-    mine.emplace(path);
-    ForEachAncestor(path, [&](std::string_view a) { mineAncestors.emplace(a); });
+    std::string key;
+    KeyOf(path, &key);
+    mine.insert(key);
+    ForEachAncestor(path, [&](std::string_view a) {
+      KeyOf(a, &key);
+      mineAncestors.insert(key);
+    });
   }
 
   std::set<uint64_t> found;
@@ -247,12 +260,12 @@ CLmError SubclientStore::Overlapping(uint64_t id, std::vector<uint64_t>* ids) {
       uint64_t other = others.U64(0);
       if (found.contains(other)) continue;
       std::string_view path = Trimmed(others.TextView(1));
-      key.assign(path);
+      KeyOf(path, &key);
       bool overlaps = mine.contains(key) || mineAncestors.contains(key);
       if (!overlaps) {
         ForEachAncestor(path, [&](std::string_view a) {
           if (overlaps) return;
-          key.assign(a);
+          KeyOf(a, &key);
           overlaps = mine.contains(key);
         });
       }

@@ -78,9 +78,9 @@ class SubclientStore {
 
   // The other subclients of the same client whose content overlaps this one's: an entry of one
   // equals an entry of the other, or contains it as a path ("/var" contains "/var/log" and
-  // "/var/log/x", not "/varnish"; "C:\" contains "C:\Users"). '/' and '\' both separate, a
-  // trailing separator is ignored, texts are compared exactly (case included) and content types
-  // are not compared. Ascending ids; empty when nothing overlaps. Linear in the content read
+  // "/var/log/x", not "/varnish"; "C:\" contains "C:\Users"). '/' and '\' both separate and
+  // match each other, a trailing separator is ignored, texts are otherwise compared exactly (case
+  // included) and content types are not compared. Ascending ids; empty when nothing overlaps. Linear in the content read
   // times the depth of its paths.
   CLmError Overlapping(uint64_t id, std::vector<uint64_t>* ids);
 
