@@ -14,6 +14,7 @@
 #include "interfaces/Exchange.h"
 #include "interfaces/GlobalParamInterfaceNet.h"
 #include "interfaces/OrbitInterfaceNet.h"
+#include "interfaces/SCInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -50,6 +51,8 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
       return static_cast<ClientInterface*>(new ClientInterfaceNet());
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
+    case APPMGR_INTERFACE_SUBCLIENT:
+      return static_cast<SCInterface*>(new SCInterfaceNet());
 
     case APPMGR_INTERFACE_ORBIT:
       return static_cast<OrbitInterface*>(new OrbitInterfaceNet());

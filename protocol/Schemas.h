@@ -9,3 +9,4 @@
 #include "protocol/schemas/ClientGroupSchemas.h"
 #include "protocol/schemas/GlobalParamSchemas.h"
 #include "protocol/schemas/OrbitSchemas.h"
+#include "protocol/schemas/SCSchemas.h"

@@ -117,6 +117,13 @@ say "A client group found by its name in any case; the domain changed in one fie
 ctl group lookup 'linux machines'
 ctl domain modify --description 'Lab domain, changed by the demo'
 
+say "A path added to a subclient's content shows in the next read; it overlaps another subclient's."
+ctl subclient content 1022
+ctl subclient add-content 1022 'D:\Logs\IIS'
+ctl subclient content 1022
+ctl --json subclient content 1022 --detail
+ctl subclient overlapping 1022
+
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.
 cat >"$run/batch.txt" <<'EOF'

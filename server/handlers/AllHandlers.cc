@@ -10,6 +10,7 @@
 #include "server/handlers/DomainHandlers.h"
 #include "server/handlers/GlobalParamHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
+#include "server/handlers/SubclientHandlers.h"
 
 namespace appmgr::server {
 
@@ -36,6 +37,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterListHandlers(server, store);
 
   // subclients
+  RegisterSubclientHandlers(server, store);
 
   // instances and application types
 

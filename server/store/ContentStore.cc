@@ -100,8 +100,9 @@ CLmError ContentStore::Update(EntityKind owner, uint64_t id, std::span<const Con
   for (size_t i = 0; i < add.size(); ++i) {
     if (add[i].entry.empty()) {
       return CLmError::Format(kStoreErrInvalidArgument,
-                              "entry %zu of the content to add to %s %" PRIu64 " is empty", i,
-                              EntityKindName(owner), id);
+                              "entry %zu of %zu of the content to add to %s %" PRIu64
+                              " is empty",
+                              i + 1, add.size(), EntityKindName(owner), id);
     }
   }
 

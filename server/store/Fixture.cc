@@ -87,6 +87,9 @@ class Loader {
   void DomainClient(const json& j, const std::string& path);
   void AsmInstance(const json& j, const std::string& path);
   void AppId(const json& j, const std::string& path);
+  // Subclients.
+  void SubclientSettings(const json& j, const std::string& path);
+  void FileTypeExtension(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
   const std::string source_;
@@ -259,7 +262,8 @@ CLmError Loader::Load(const json& root) {
   if (!Object(root, "",
               {"format", "domain", "appTypes", "clients", "clientGroups", "instances", "backupSets",
                "properties", "globalParams", "appProperties", "preparedCache", "providers",
-               "clouds", "domainClients", "asmInstances", "appIds"})) {
+               "clouds", "domainClients", "asmInstances", "appIds", "subclientSettings",
+               "fileTypeExtensions"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -293,6 +297,10 @@ CLmError Loader::Load(const json& root) {
   ForEach(root, "", "asmInstances",
           [&](const json& j, const std::string& p) { AsmInstance(j, p); });
   ForEach(root, "", "appIds", [&](const json& j, const std::string& p) { AppId(j, p); });
+  ForEach(root, "", "subclientSettings",
+          [&](const json& j, const std::string& p) { SubclientSettings(j, p); });
+  ForEach(root, "", "fileTypeExtensions",
+          [&](const json& j, const std::string& p) { FileTypeExtension(j, p); });
   return error_;
 }
 
@@ -790,6 +798,60 @@ void Loader::AppId(const json& j, const std::string& path) {
   for (int i = 0; i < 3; ++i) st.BindText(10 + i, Text(j, path, texts[i]));
   st.BindU64(13, option).BindU64(14, U64(j, path, "archiveGroup"));
   st.BindU64(15, U64(j, path, "incrArchiveGroup"));
+  Run(st, path);
+}
+
+// Per-subclient settings, listed apart from the subclients so that a reference copy may name a
+// subclient of any backup set and pair data any replication pair, whatever their order.
+void Loader::SubclientSettings(const json& j, const std::string& path) {
+  if (!Object(j, path, {"subclient", "backupHost", "referenceCopies", "pairData"})) return;
+  uint64_t id = U64(j, path, "subclient", true);
+  Require(EntityKind::kSubclient, id, path);
+  if (j.contains("backupHost")) {
+    uint64_t host = U64(j, path, "backupHost");
+    Require(EntityKind::kClient, host, path);
+    Statement st = txn_.Prepare(
+        "INSERT INTO subclient_backup_hosts (subclient_id, client_id) VALUES (?1, ?2)");
+    st.BindU64(1, id).BindU64(2, host);
+    Run(st, path);
+  }
+  int64_t position = 0;
+  ForEach(j, path, "referenceCopies", [&](const json& c, const std::string& cp) {
+    if (!c.is_number_unsigned()) {
+      Fail(cp, kStoreErrInvalidArgument, "a reference copy is a subclient id");
+      return;
+    }
+    uint64_t copy = c.get<uint64_t>();
+    Require(EntityKind::kSubclient, copy, cp);
+    Statement st = txn_.Prepare(
+        "INSERT INTO subclient_reference_copies (subclient_id, position, copy_id)"
+        " VALUES (?1, ?2, ?3)");
+    st.BindU64(1, id).BindInt(2, position++).BindU64(3, copy);
+    Run(st, cp);
+  });
+  ForEach(j, path, "pairData", [&](const json& d, const std::string& dp) {
+    if (!Object(d, dp, {"pair", "selector", "text"})) return;
+    uint64_t pair = U64(d, dp, "pair", true);
+    Require(
+        "SELECT 1 FROM replication_pairs p JOIN subclients s ON s.backup_set_id = p.backup_set_id"
+        " WHERE p.id = ?1 AND s.id = ?2",
+        {pair, id}, dp,
+        "replication pair " + std::to_string(pair) + " is not a pair of subclient " +
+            std::to_string(id) + "'s backup set");
+    Statement st = txn_.Prepare(
+        "INSERT INTO subclient_pair_data (subclient_id, pair_id, selector, text)"
+        " VALUES (?1, ?2, ?3, ?4)");
+    st.BindU64(1, id).BindU64(2, pair).BindU64(3, U64(d, dp, "selector"));
+    st.BindText(4, Text(d, dp, "text", true));
+    Run(st, dp);
+  });
+}
+
+void Loader::FileTypeExtension(const json& j, const std::string& path) {
+  if (!Object(j, path, {"fileType", "extensions"})) return;
+  Statement st =
+      txn_.Prepare("INSERT INTO file_type_extensions (file_type, extensions) VALUES (?1, ?2)");
+  st.BindText(1, Text(j, path, "fileType", true)).BindText(2, Text(j, path, "extensions", true));
   Run(st, path);
 }
 

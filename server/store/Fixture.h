@@ -34,6 +34,11 @@
 //   asmInstances    instance ids: the instances that are ASM instances
 //   appIds          {id, number1 ... number8, text0, text1, text2, option, archiveGroup,
 //                    incrArchiveGroup}; id is the application id's number 0
+//   subclientSettings {subclient, backupHost, referenceCopies: [subclient id],
+//                    pairData: [{pair, selector, text}]}: a subclient's settings beyond the
+//                    entity tree; backupHost is a client (none: the subclient's own), a pair a
+//                    replication pair of the subclient's backup set
+//   fileTypeExtensions {fileType, extensions}
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

@@ -427,11 +427,51 @@ CREATE TRIGGER client_app_types_drop_app_properties AFTER DELETE ON client_app_t
   DELETE FROM app_properties WHERE id1 = OLD.id; END;
 )sql";
 
+// Migration 5 (subclients): the per-subclient settings beyond the entity tree, and the file-type
+// extension table the subclient interface reads.
+//
+// A subclient's backup host is the client that backs it up, when that is not its own client;
+// none stored means its own. Replication pair data is a text per (subclient, replication pair of
+// its backup set, selector). A reference copy names another subclient, never the subclient
+// itself; both ends go with their subclient. File types are compared without regard to case.
+constexpr const char* kMigrationSubclients = R"sql(
+CREATE TABLE subclient_backup_hosts (
+  subclient_id INTEGER PRIMARY KEY REFERENCES subclients(id) ON DELETE CASCADE,
+  client_id    INTEGER NOT NULL REFERENCES clients(id)
+) STRICT;
+CREATE INDEX subclient_backup_hosts_by_client ON subclient_backup_hosts(client_id);
+
+CREATE TABLE subclient_pair_data (
+  subclient_id INTEGER NOT NULL REFERENCES subclients(id) ON DELETE CASCADE,
+  pair_id      INTEGER NOT NULL REFERENCES replication_pairs(id) ON DELETE CASCADE,
+  selector     INTEGER NOT NULL,
+  text         TEXT NOT NULL,
+  PRIMARY KEY (subclient_id, pair_id, selector)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX subclient_pair_data_by_pair ON subclient_pair_data(pair_id);
+
+CREATE TABLE subclient_reference_copies (
+  subclient_id INTEGER NOT NULL REFERENCES subclients(id) ON DELETE CASCADE,
+  position     INTEGER NOT NULL CHECK (position >= 0),
+  copy_id      INTEGER NOT NULL REFERENCES subclients(id) ON DELETE CASCADE,
+  PRIMARY KEY (subclient_id, position),
+  UNIQUE (subclient_id, copy_id),
+  CHECK (copy_id <> subclient_id)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX subclient_reference_copies_by_copy ON subclient_reference_copies(copy_id);
+
+CREATE TABLE file_type_extensions (
+  file_type  TEXT PRIMARY KEY COLLATE NOCASE CHECK (file_type <> ''),
+  extensions TEXT NOT NULL
+) STRICT, WITHOUT ROWID;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
     {3, "clients and application ids", kMigrationClients},
     {4, "global parameters and application properties", kMigrationParams},
+    {5, "subclients", kMigrationSubclients},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

@@ -16,6 +16,7 @@
 #include "appmgr/ClientGroupInterface.h"
 #include "appmgr/GlobalParamInterface.h"
 #include "appmgr/OrbitInterface.h"
+#include "appmgr/SCInterface.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -228,6 +229,33 @@ TEST_F(LibraryTest, TheFactoryMakesTheDomainParameterAndClientGroupInterfaces) {
   EXPECT_EQ(info.text1, "Web");
   EXPECT_EQ(groups->remove(5, err, nullptr), 0xa0010);
   EXPECT_EQ(err, "Api not implemented.");
+}
+
+TEST_F(LibraryTest, TheFactoryMakesAWorkingSubclientInterfaceForCodeEight) {
+  using appmgr::server::Exchange;
+  server_->On(appmgr::msg::kScInitContent, [](const GenericInitContentReq& req, GenericInitContentResp2& resp,
+                                              Exchange& x) {
+    resp.contentFlag = 1;
+    resp.count = 1;
+    resp.entries = x.Array<AppMgrContent>(1);
+    resp.entries[0] = {x.Text("/sc/" + std::to_string(req.id)), 1};
+  });
+  struct Content : ContentCallBack {
+    std::string seen;
+    void setFlag(bool flag) override { seen += flag ? "set;" : "unset;"; }
+    void addContent(unsigned long type, const std::string& text) override {
+      seen += std::to_string(type) + ":" + text + ";";
+    }
+  };
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<SCInterface> sc(static_cast<SCInterface*>(get(APPMGR_INTERFACE_SUBCLIENT)));
+  ASSERT_NE(sc, nullptr);
+  Content content;
+  std::string err;
+  ASSERT_EQ(sc->initContent(1021, 0, err, &content, nullptr, false, 0, false), 0) << err;
+  EXPECT_EQ(content.seen, "set;1:/sc/1021;");
+  std::string groups;
+  EXPECT_EQ(sc->setContentGroups(1, groups, nullptr), 0xa0010);
 }
 
 }  // namespace

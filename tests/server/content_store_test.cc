@@ -90,7 +90,7 @@ TEST_F(ContentStoreTest, AFailedUpdateLeavesTheContentAsItWas) {
   const Entries emptyInTheMiddle = {{"/a", 1}, {"", 1}, {"/b", 1}};
   CLmError e = cs.Update(EntityKind::kSubclient, 71, emptyInTheMiddle, Entries{{"/data", 1}}, true);
   EXPECT_EQ(e.GetErrorCode(), kStoreErrInvalidArgument);
-  EXPECT_NE(e.Text().find("entry 1 of the content to add to subclient 71 is empty"),
+  EXPECT_NE(e.Text().find("entry 2 of 3 of the content to add to subclient 71 is empty"),
             std::string::npos)
       << e.Text();
   EXPECT_EQ(Read(EntityKind::kSubclient, 71), start);

@@ -24,6 +24,7 @@ Outcome Outcome::Failed(int status, std::string error) {
 // The families, each defined in its own source under commands/, in the order --help lists
 // them. One line each, kept apart, so families added side by side touch different lines.
 CommandFamily BackupSetCommands();
+CommandFamily SubclientCommands();
 
 CommandFamily ListCommands();
 CommandFamily ClientCommands();
@@ -47,6 +48,7 @@ struct Table {
 
   Table() {
     Add(BackupSetCommands());
+    Add(SubclientCommands());
 
     Add(ListCommands());
     Add(ClientCommands());

@@ -97,6 +97,16 @@ struct Args {
   bool listWithPlatform = false;
 
   // Subclients.
+  std::string guid;
+  int contentType = 1;              // the type every path of a content change carries
+  bool detail = false;              // content: the flag and each entry's type too
+  unsigned long scClient = 0;       // fs-content: numbers 3 to 7 of an application id
+  unsigned long scAppType = 0;
+  unsigned long scInstance = 0;
+  unsigned long scBackupSet = 0;
+  unsigned long scSubclient = 0;
+  unsigned long scContentType = 0;  // fs-content: 0 for every type
+  bool scWithDeleted = false;
 
   // Instances and application types.
 
