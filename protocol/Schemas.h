@@ -9,3 +9,5 @@
 #include "protocol/schemas/ClientGroupSchemas.h"
 #include "protocol/schemas/GlobalParamSchemas.h"
 #include "protocol/schemas/OrbitSchemas.h"
+#include "protocol/schemas/InstSchemas.h"
+#include "protocol/schemas/AppTypeSchemas.h"
