@@ -31,6 +31,8 @@ CommandFamily AppIdCommands();
 CommandFamily ParamCommands();
 CommandFamily GroupCommands();
 CommandFamily DomainCommands();
+CommandFamily InstanceCommands();
+CommandFamily AppTypeCommands();
 
 CommandFamily GeneralCommands();
 
@@ -54,6 +56,8 @@ struct Table {
     Add(ParamCommands());
     Add(GroupCommands());
     Add(DomainCommands());
+    Add(InstanceCommands());
+    Add(AppTypeCommands());
 
     Add(GeneralCommands());
   }
