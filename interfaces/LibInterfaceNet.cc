@@ -8,11 +8,13 @@
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/AppIdInterfaceNet.h"
 #include "appmgr/AppMgrVersion.h"
+#include "interfaces/AppTypeInterfaceNet.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/ClientInterfaceNet.h"
 #include "interfaces/ClientGroupInterfaceNet.h"
 #include "interfaces/Exchange.h"
 #include "interfaces/GlobalParamInterfaceNet.h"
+#include "interfaces/InstInterfaceNet.h"
 #include "interfaces/OrbitInterfaceNet.h"
 #include "interfaces/SCInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
@@ -60,6 +62,11 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
       return static_cast<GlobalParamInterface*>(new GlobalParamInterfaceNet());
     case APPMGR_INTERFACE_CLIENT_GROUP:
       return static_cast<ClientGroupInterface*>(new ClientGroupInterfaceNet());
+
+    case APPMGR_INTERFACE_APP_TYPE:
+      return static_cast<AppTypeInterface*>(new AppTypeInterfaceNet());
+    case APPMGR_INTERFACE_INSTANCE:
+      return static_cast<InstInterface*>(new InstInterfaceNet());
 
     default:
       // Unknown codes, and classes this build does not offer yet, are null.

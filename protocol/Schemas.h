@@ -10,3 +10,5 @@
 #include "protocol/schemas/GlobalParamSchemas.h"
 #include "protocol/schemas/OrbitSchemas.h"
 #include "protocol/schemas/SCSchemas.h"
+#include "protocol/schemas/InstSchemas.h"
+#include "protocol/schemas/AppTypeSchemas.h"

@@ -1,6 +1,7 @@
 #include "server/handlers/AllHandlers.h"
 
 #include "server/handlers/AppIdHandlers.h"
+#include "server/handlers/AppTypeHandlers.h"
 #include "server/handlers/BackupSetHandlers.h"
 #include "server/handlers/CacheHandlers.h"
 #include "server/handlers/ClientHandlers.h"
@@ -9,6 +10,7 @@
 #include "server/handlers/ClientGroupHandlers.h"
 #include "server/handlers/DomainHandlers.h"
 #include "server/handlers/GlobalParamHandlers.h"
+#include "server/handlers/InstanceHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 #include "server/handlers/SubclientHandlers.h"
 
@@ -40,6 +42,8 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterSubclientHandlers(server, store);
 
   // instances and application types
+  RegisterInstanceHandlers(server, store);
+  RegisterAppTypeHandlers(server, store);
 
   // alerts, XML routing, log monitoring, certificates
 

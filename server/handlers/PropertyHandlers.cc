@@ -10,6 +10,36 @@
 #include "server/store/StoreErrors.h"
 
 namespace appmgr::server {
+
+CLmError PropertiesOf(uint32_t count, const AppMgrProps* props, bool withValues,
+                      std::vector<Property>* out) {
+  if (count > 0 && props == nullptr) return RequireText(nullptr, "property list");
+  out->reserve(count);
+  for (uint32_t i = 0; i < count; ++i) {
+    if (props[i].name == nullptr || (withValues && props[i].value == nullptr)) {
+      return CLmError::Format(kStoreErrInvalidArgument,
+                              "property %" PRIu32 " of %" PRIu32 " in the request has no %s", i + 1,
+                              count, props[i].name == nullptr ? "name" : "value");
+    }
+    out->push_back(Property{props[i].name, props[i].type, withValues ? props[i].value : ""});
+  }
+  return CLmError();
+}
+
+CLmError NamesOf(uint32_t count, const AppStringList* names, std::vector<std::string>* out) {
+  if (count > 0 && names == nullptr) return RequireText(nullptr, "name list");
+  out->reserve(count);
+  for (uint32_t i = 0; i < count; ++i) {
+    if (names[i].text == nullptr) {
+      return CLmError::Format(kStoreErrInvalidArgument,
+                              "name %" PRIu32 " of %" PRIu32 " in the request is missing", i + 1,
+                              count);
+    }
+    out->emplace_back(names[i].text);
+  }
+  return CLmError();
+}
+
 namespace {
 
 CLmError Get(Store& store, EntityKind kind, const GenericGetPropsReq& req, GenericGetPropsResp& resp,
@@ -24,22 +54,6 @@ CLmError Get(Store& store, EntityKind kind, const GenericGetPropsReq& req, Gener
   }
   resp.count = static_cast<uint32_t>(props.size());
   resp.props = out;
-  return CLmError();
-}
-
-// The request's property elements; `withValues` also requires each value.
-CLmError PropertiesOf(uint32_t count, const AppMgrProps* props, bool withValues,
-                      std::vector<Property>* out) {
-  if (count > 0 && props == nullptr) return RequireText(nullptr, "property list");
-  out->reserve(count);
-  for (uint32_t i = 0; i < count; ++i) {
-    if (props[i].name == nullptr || (withValues && props[i].value == nullptr)) {
-      return CLmError::Format(kStoreErrInvalidArgument,
-                              "property %" PRIu32 " of %" PRIu32 " in the request has no %s", i + 1,
-                              count, props[i].name == nullptr ? "name" : "value");
-    }
-    out->push_back(Property{props[i].name, props[i].type, withValues ? props[i].value : ""});
-  }
   return CLmError();
 }
 
@@ -59,17 +73,8 @@ CLmError Remove(Store& store, EntityKind kind, const GenericRemovePropsReq1& req
 }
 
 CLmError RemoveNames(Store& store, EntityKind kind, const GenericRemovePropsReq2& req) {
-  if (req.count > 0 && req.names == nullptr) return RequireText(nullptr, "name list");
   std::vector<std::string> names;
-  names.reserve(req.count);
-  for (uint32_t i = 0; i < req.count; ++i) {
-    if (req.names[i].text == nullptr) {
-      return CLmError::Format(kStoreErrInvalidArgument,
-                              "name %" PRIu32 " of %" PRIu32 " in the request is missing", i + 1,
-                              req.count);
-    }
-    names.emplace_back(req.names[i].text);
-  }
+  if (CLmError e = NamesOf(req.count, req.names, &names)) return e;
   return PropertyStore(store).Remove(kind, req.id, names, /*strict=*/req.flag != 0);
 }
 

@@ -10,10 +10,15 @@
 // request has no name"); a missing entity kStoreErrNotFound ("client 42 does not exist").
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "appmgr/records/GenericRecords.h"
 #include "protocol/Message.h"
 #include "server/core/Server.h"
 #include "server/store/EntityKind.h"
+#include "server/store/PropertyStore.h"
 #include "server/store/Store.h"
 
 namespace appmgr::server {
@@ -24,6 +29,15 @@ struct PropertyMessages {
   const wire::Op<GenericRemovePropsReq1, GenericResp>& remove;
   const wire::Op<GenericRemovePropsReq2, GenericResp>& removeNames;
 };
+
+// The property elements of a request as store properties; `withValues` also requires each
+// value (set reads them, remove by properties does not). A null name or value, or a null array
+// with a count, is kStoreErrInvalidArgument naming the element. For handlers whose requests
+// name their entity otherwise than by one id.
+CLmError PropertiesOf(uint32_t count, const AppMgrProps* props, bool withValues,
+                      std::vector<Property>* out);
+// The name elements of a remove-by-names request, with the same checks.
+CLmError NamesOf(uint32_t count, const AppStringList* names, std::vector<std::string>* out);
 
 // REQUIRES: `store` outlives every request the server answers (stop the server first).
 void RegisterPropertyHandlers(Server& server, Store& store, EntityKind kind,

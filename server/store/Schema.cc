@@ -466,12 +466,30 @@ CREATE TABLE file_type_extensions (
 ) STRICT, WITHOUT ROWID;
 )sql";
 
+// Migration 6 (instances and application types): the volume-property records an application
+// type on a client keeps, one per volume, going with the application type.
+constexpr const char* kMigrationInstances = R"sql(
+CREATE TABLE dc_volume_properties (
+  client_app_type_id INTEGER NOT NULL REFERENCES client_app_types(id) ON DELETE CASCADE,
+  volume_id          INTEGER NOT NULL,
+  value1             INTEGER NOT NULL DEFAULT 0,
+  text               TEXT NOT NULL DEFAULT '',
+  value2             INTEGER NOT NULL DEFAULT 0,
+  value3             INTEGER NOT NULL DEFAULT 0,
+  value4             INTEGER NOT NULL DEFAULT 0,
+  signed_value       INTEGER NOT NULL DEFAULT 0,
+  value5             INTEGER NOT NULL DEFAULT 0,
+  PRIMARY KEY (client_app_type_id, volume_id)
+) STRICT, WITHOUT ROWID;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
     {3, "clients and application ids", kMigrationClients},
     {4, "global parameters and application properties", kMigrationParams},
     {5, "subclients", kMigrationSubclients},
+    {6, "instances and application types", kMigrationInstances},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

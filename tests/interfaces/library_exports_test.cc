@@ -16,6 +16,8 @@
 #include "appmgr/ClientGroupInterface.h"
 #include "appmgr/GlobalParamInterface.h"
 #include "appmgr/OrbitInterface.h"
+#include "appmgr/AppTypeInterface.h"
+#include "appmgr/InstInterface.h"
 #include "appmgr/SCInterface.h"
 #include "tests/session/SessionFixture.h"
 
@@ -256,6 +258,36 @@ TEST_F(LibraryTest, TheFactoryMakesAWorkingSubclientInterfaceForCodeEight) {
   EXPECT_EQ(content.seen, "set;1:/sc/1021;");
   std::string groups;
   EXPECT_EQ(sc->setContentGroups(1, groups, nullptr), 0xa0010);
+}
+
+// The instance (6) and application-type (5) objects, each through one exchange and one local
+// answer.
+TEST_F(LibraryTest, TheFactoryMakesTheInstanceAndApplicationTypeInterfaces) {
+  using appmgr::server::Exchange;
+  server_->On(appmgr::msg::kInstLookup, [](const GenericLookupReq3& req, GenericLookupResp3& resp, Exchange& x) {
+    resp.name = x.Text("instance-" + std::to_string(req.id));
+  });
+  server_->On(appmgr::msg::kAppTypeLookup, [](const GenericDaxReq& req, GenericLookupResp2& resp, Exchange& x) {
+    resp.value = req.id2;
+    resp.name = x.Text("type-" + std::to_string(req.id1));
+  });
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<InstInterface> inst(static_cast<InstInterface*>(get(APPMGR_INTERFACE_INSTANCE)));
+  std::unique_ptr<AppTypeInterface> appType(static_cast<AppTypeInterface*>(get(APPMGR_INTERFACE_APP_TYPE)));
+  ASSERT_NE(inst, nullptr);
+  ASSERT_NE(appType, nullptr);
+
+  std::string name, text, err;
+  long value = 0;
+  unsigned long a2 = 0, a3 = 0, a4 = 0;
+  ASSERT_EQ(inst->lookup(13, name, value, a2, a3, a4, text, err, nullptr), 0) << err;
+  EXPECT_EQ(name, "instance-13");
+
+  ASSERT_EQ(appType->lookup(3, 20, name, value, a2, a3, err, nullptr), 0) << err;
+  EXPECT_EQ(name, "type-20");
+  EXPECT_EQ(value, 3);
+  EXPECT_EQ(appType->getFSAppTypeNumber(3, a2, err, nullptr), -1);
+  EXPECT_EQ(err, "Feature Not Supported");
 }
 
 }  // namespace

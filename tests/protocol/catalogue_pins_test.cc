@@ -38,6 +38,8 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/ClientGroup.inc"
 #include "tests/protocol/pins/Domain.inc"
 #include "tests/protocol/pins/Subclient.inc"
+#include "tests/protocol/pins/Instance.inc"
+#include "tests/protocol/pins/AppType.inc"
 };
 
 std::string Hex(uint32_t id) {

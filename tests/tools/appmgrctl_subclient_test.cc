@@ -45,7 +45,7 @@ class AppmgrctlSubclientTest : public testing::Test {
     CtlRun run = Ctl(args);
     EXPECT_EQ(run.status, 1) << Describe(args);
     EXPECT_EQ(run.out, "") << Describe(args);
-    EXPECT_EQ(run.err, line + "\n") << Describe(args);
+    EXPECT_EQ(run.err, "appmgrctl: " + line + "\n") << Describe(args);
   }
 
   AppmgrdProcess server_;

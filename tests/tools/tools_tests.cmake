@@ -4,7 +4,7 @@
 if(TARGET appmgrctl AND TARGET appmgrnet AND TARGET appmgr_test_appmgrd)
   appmgr_test(tools_tests
     SOURCES tools/appmgrctl_test.cc tools/appmgrctl_params_test.cc tools/appmgrctl_subclient_test.cc
-            tools/CtlRun.cc
+            tools/appmgrctl_instances_test.cc tools/CtlRun.cc
     LIBS appmgr_test_appmgrd appmgr_server_core nlohmann_json::nlohmann_json)
 endif()
 if(TARGET tools_tests)

@@ -32,6 +32,8 @@ CommandFamily AppIdCommands();
 CommandFamily ParamCommands();
 CommandFamily GroupCommands();
 CommandFamily DomainCommands();
+CommandFamily InstanceCommands();
+CommandFamily AppTypeCommands();
 
 CommandFamily GeneralCommands();
 
@@ -56,6 +58,8 @@ struct Table {
     Add(ParamCommands());
     Add(GroupCommands());
     Add(DomainCommands());
+    Add(InstanceCommands());
+    Add(AppTypeCommands());
 
     Add(GeneralCommands());
   }

@@ -109,6 +109,10 @@ struct Args {
   bool scWithDeleted = false;
 
   // Instances and application types.
+  std::vector<std::string> contentAdd;     // instance update-content --add
+  std::vector<std::string> contentRemove;  // instance update-content --remove
+  unsigned long volumeValues[5] = {};      // apptype volume-prop --value1 .. --value5
+  long volumeSigned = 0;                   // apptype volume-prop --signed
 
   // Alerts, XML, log monitoring.
 
