@@ -32,6 +32,8 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/EntityTree.inc"
 #include "tests/protocol/pins/BackupSet.inc"
 #include "tests/protocol/pins/Lists.inc"
+#include "tests/protocol/pins/Alerts.inc"
+#include "tests/protocol/pins/Xml.inc"
 };
 
 std::string Hex(uint32_t id) {
