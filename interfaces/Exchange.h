@@ -42,6 +42,15 @@ inline int NotImplemented(std::string& errorString) {
   return kNotImplemented;
 }
 
+// An operation refused as a whole: "Feature Not Supported", logged as an error under the
+// operation's label (through a log object without a file of its own), -1, no exchange.
+inline int FeatureNotSupported(const char* label, std::string& errorString) {
+  EvDebug log(nullptr, label);
+  errorString = "Feature Not Supported";
+  log.Error("%s", errorString.c_str());
+  return -1;
+}
+
 // A text the server sent where the operation expects one: a null reads as empty rather than
 // crashing the caller.
 inline std::string Text(const char* text) { return text ? std::string(text) : std::string(); }
@@ -92,10 +101,20 @@ class Exchange {
   // Send and receive only; the header is not verified (the operation reads it itself, or the
   // server's error travels inside the answer).
   int SendReceive(std::string& errorString) {
-    int status = wrapper_.send(op_.requestId, &request_, sizeof request_, errorString);
+    int status = Send(errorString);
     if (status != 0) return status;
+    return Receive(errorString);
+  }
+  // The two steps apart, for operations that report each step's failure on its own.
+  int Send(std::string& errorString) {
+    return wrapper_.send(op_.requestId, &request_, sizeof request_, errorString);
+  }
+  int Receive(std::string& errorString) {
     return wrapper_.receive(op_.responseId, &response_, sizeof response_, errorString);
   }
+
+  // The header check alone (the last step of Run), for operations that go on after a failed one.
+  int VerifyHeader() { return message_.verifyResponseHeader(response_.hdr); }
 
   NetMessage& message() { return message_; }
   ClientSessionWrapper& wrapper() { return wrapper_; }

@@ -7,7 +7,11 @@
 #include "appmgr/AppMgrDefs.h"
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/BSInterfaceNet.h"
+#include "interfaces/CACertificateInterfaceNet.h"
+#include "interfaces/CertificateInterfaceNet.h"
+#include "interfaces/DaxBackupInterfaceNet.h"
 #include "interfaces/Exchange.h"
+#include "interfaces/LogMonitorInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -40,6 +44,15 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
 
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
+
+    case APPMGR_INTERFACE_LOG_MONITOR:
+      return static_cast<LogMonitorInterface*>(new LogMonitorInterfaceNet());
+    case APPMGR_INTERFACE_DAX_BACKUP:
+      return static_cast<DaxBackupInterface*>(new DaxBackupInterfaceNet());
+    case APPMGR_INTERFACE_CA_CERTIFICATE:
+      return static_cast<CACertificateInterface*>(new CACertificateInterfaceNet());
+    case APPMGR_INTERFACE_CERTIFICATE:
+      return static_cast<CertificateInterface*>(new CertificateInterfaceNet());
 
     default:
       // Unknown codes, and classes this build does not offer yet, are null.
