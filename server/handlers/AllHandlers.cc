@@ -5,6 +5,7 @@
 #include "server/handlers/EntityTreeHandlers.h"
 #include "server/handlers/ListHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
+#include "server/handlers/XmlHandlers.h"
 
 namespace appmgr::server {
 
@@ -30,6 +31,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   // instances and application types
 
   // alerts, XML routing, log monitoring, certificates
+  RegisterAlertAndXmlHandlers(server, store);
 
   // snapshot records, mailbox delegates, file transfer
 }
