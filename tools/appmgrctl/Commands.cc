@@ -27,6 +27,8 @@ CommandFamily BackupSetCommands();
 
 CommandFamily ListCommands();
 
+CommandFamily AlertCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -44,6 +46,8 @@ struct Table {
     Add(BackupSetCommands());
 
     Add(ListCommands());
+
+    Add(AlertCommands());
 
     Add(GeneralCommands());
   }
