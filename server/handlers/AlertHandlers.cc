@@ -17,7 +17,8 @@
 namespace appmgr::server {
 namespace {
 
-using json = nlohmann::json;
+// Ordered: the details keep the record's field order.
+using json = nlohmann::ordered_json;
 
 int64_t Now() {
   return static_cast<int64_t>(std::time(nullptr));
