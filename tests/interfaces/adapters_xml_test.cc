@@ -326,6 +326,31 @@ TEST_F(XmlTest, ProcessXmlRequestFromAHostileServerGetsAnErrorNotACrash) {
   }
 }
 
+TEST_F(XmlTest, AnAnswerAboveTheFrameLimitIsRefusedUnread) {
+  // A peer that answers with a frame header announcing more than any frame may carry.
+  RawPeer peer([](appmgr::net::Socket& socket) {
+    appmgr::net::FrameConn conn(std::move(socket));
+    if (!RawPeer::AcceptHello(conn)) return;
+    kpsHostProtocolHeader h;
+    if (!RawPeer::ReadFrame(conn, &h)) return;
+    kpsHostProtocolHeader answer;
+    answer.msgId = 0x010003f0;
+    answer.control = appmgr::net::MakeControl(appmgr::net::FrameKind::kXml, true);
+    answer.status = h.status;
+    answer.payloadLength = 1ull << 40;
+    uint8_t bytes[appmgr::net::kFrameHeaderBytes];
+    appmgr::net::EncodeFrameHeader(answer, bytes);
+    conn.socket().SendAll(bytes, sizeof bytes, appmgr::net::Deadline::After(5000), "test");
+  });
+  Settings("[Controlhost]\nsHOSTNAME = 127.0.0.1:" + std::to_string(peer.port()) +
+           "\nsCLIENTNAME = ch01\n");
+  App::GetHTTPProxySettingsReq req;
+  CNMessageBase* response = nullptr;
+  EXPECT_EQ(adapters_.processXMLRequest(req, response, err_, nullptr), kKpErrLimit);
+  EXPECT_EQ(response, nullptr);
+  EXPECT_EQ(log_.CountContaining("ReceiveXMLMessage() failed. Error [1009 - "), 1u);
+}
+
 TEST_F(XmlTest, ProxySettingsTravelAsRawXmlOfTheirOwnType) {
   App::HTTPProxySettings settings;
   settings.SetEnabled(true);
