@@ -13,6 +13,6 @@ class CACertificateInterfaceNet : public CACertificateInterface {
   int setCACertificateInfo(const _AppCACertificateInfo& info, std::string& errorString,
                            void* context) override;
   int getCACertificateInfoList(const _AppCACertificateInfo& filter,
-                               std::vector<_AppCACertificateInfo>& list,
-                               std::string& errorString, void* context) override;
+                               std::vector<_AppCACertificateInfo>& list, std::string& errorString,
+                               void* context) override;
 };

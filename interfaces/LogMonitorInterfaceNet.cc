@@ -34,7 +34,8 @@ int LogMonitorInterfaceNet::getProperties(unsigned long id, unsigned int type,
   x.request().type = type;
   x.request().id = id;
   if (int status = x.Run(local)) {
-    EvEventWrapper::DebugLvl(kLabel, 4, "log-monitoring parameter [%s] of type [%u] for [%lu]: [%d] %s",
+    EvEventWrapper::DebugLvl(kLabel, 4,
+                             "log-monitoring parameter [%s] of type [%u] for [%lu]: [%d] %s",
                              name.c_str(), type, id, status, local.c_str());
     return status;
   }

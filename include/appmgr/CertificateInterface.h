@@ -27,8 +27,8 @@ class CertificateInterface {
   virtual int pruneCertificates(std::string& errorString, void* context) = 0;
   virtual int revokeCertificates(const _AppCertificateInfo& info, std::string& errorString,
                                  void* context) = 0;
-  virtual int markCertificatesUninstalled(const _AppCertificateInfo& info,
-                                          std::string& errorString, void* context) = 0;
+  virtual int markCertificatesUninstalled(const _AppCertificateInfo& info, std::string& errorString,
+                                          void* context) = 0;
   // No error string: the status alone. `count` is left as it was.
   virtual int countActiveCertificates(int a, int b, int* count, void* context) = 0;
 };

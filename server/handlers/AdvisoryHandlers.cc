@@ -52,7 +52,8 @@ CLmError Control(XmlCall& call, const CNMessageBase& request, std::unique_ptr<CN
   return AdvisoryStore(call.store).Control(req->GetAction(), targets);
 }
 
-CLmError Types(XmlCall& call, const CNMessageBase& request, std::unique_ptr<CNMessageBase>* answer) {
+CLmError Types(XmlCall& call, const CNMessageBase& request,
+               std::unique_ptr<CNMessageBase>* answer) {
   std::unique_ptr<KPGui::AlertSRMAdvisoryTypeListReq> holder;
   CLmError error;
   const auto* req = As<KPGui::AlertSRMAdvisoryTypeListReq>(request, &holder, &error);
@@ -79,9 +80,8 @@ CLmError List(XmlCall& call, const CNMessageBase& request, std::unique_ptr<CNMes
   if (req == nullptr) return error;
   std::vector<StoredAdvisory> found;
   AdvisoryStore store(call.store);
-  CLmError e = req->GetSourceName().empty()
-                   ? store.ForClients(ClientId(req->GetClientId()), &found)
-                   : store.ForSource(req->GetSourceName(), &found);
+  CLmError e = req->GetSourceName().empty() ? store.ForClients(ClientId(req->GetClientId()), &found)
+                                            : store.ForSource(req->GetSourceName(), &found);
   if (e) return e;
   if (found.size() > kCNMaxListEntries) {
     return CLmError::Format(kKpErrLimit, "%zu advisories are more than one answer holds (%zu)",
@@ -89,7 +89,7 @@ CLmError List(XmlCall& call, const CNMessageBase& request, std::unique_ptr<CNMes
   }
   auto out = std::make_unique<KPGui::SRMAdvisoryListResp>();
   for (const StoredAdvisory& a : found) {
-    KPGui::SRMAdvisoryEntry entry{a.id, a.type, a.title, static_cast<int64_t>(a.clientId),
+    KPGui::SRMAdvisoryEntry entry{a.id,    a.type,  a.title, static_cast<int64_t>(a.clientId),
                                   a.state, a.source};
     if (int rc = out->AddAdvisory(entry)) {
       return CLmError::Format(kKpErrInternal, "advisory %lld cannot be written (%d)",

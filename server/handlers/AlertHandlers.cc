@@ -81,8 +81,8 @@ json FieldsJson(const wire::RecordSchema& schema, const uint8_t* base) {
 // Every field of the record after its header, by name; texts that are not UTF-8 are kept with
 // the bad bytes replaced, so whatever an agent sends is stored.
 std::string RecordDetails(const SendAlertExReq3& req) {
-  json fields = FieldsJson(wire::Wire<SendAlertExReq3>::schema,
-                           reinterpret_cast<const uint8_t*>(&req));
+  json fields =
+      FieldsJson(wire::Wire<SendAlertExReq3>::schema, reinterpret_cast<const uint8_t*>(&req));
   fields.erase("hdr");
   return fields.dump(-1, ' ', false, json::error_handler_t::replace);
 }

@@ -59,8 +59,7 @@ CLmError HandleXml(Store& store, const HandleXMLReq& req, HandleXMLResp& resp, E
   XmlCall call{store, x.connection};
   EvEventWrapper::DebugLvl(kLabel, 3, "XML request of type 0x%08llx (route %llu) from [%s]",
                            static_cast<unsigned long long>(req.xmlType),
-                           static_cast<unsigned long long>(req.route),
-                           x.connection.client.c_str());
+                           static_cast<unsigned long long>(req.route), x.connection.client.c_str());
   // Tags are 32-bit and never 0 (which RouteText reads as "any tag").
   std::unique_ptr<CNMessageBase> answer;
   if (req.xmlType == 0 || req.xmlType > 0xffffffffu) {
@@ -82,10 +81,10 @@ CLmError TypedXml(Store& store, const SendKpAlertXML_Req& req, SendKpAlertXML_Re
   XmlCall call{store, x.connection};
   std::unique_ptr<CNMessageBase> answer;
   if (req.tagId != kTag) {
-    answer = GenericAnswer(CLmError::Format(
-        kStoreErrInvalidArgument, "%s carries %s (tag 0x%08lx), not tag 0x%08llx",
-        x.request.name, CNMessageBase::Create(kTag)->getTagName(), kTag,
-        static_cast<unsigned long long>(req.tagId)));
+    answer = GenericAnswer(
+        CLmError::Format(kStoreErrInvalidArgument, "%s carries %s (tag 0x%08lx), not tag 0x%08llx",
+                         x.request.name, CNMessageBase::Create(kTag)->getTagName(), kTag,
+                         static_cast<unsigned long long>(req.tagId)));
   } else {
     answer = AppMgrXmlRouter().RouteText(call, req.xml, kTag);
   }

@@ -17,18 +17,16 @@ void LogFailure(const CNMessageBase& request, const XmlCall& call, const CLmErro
     case kStoreErrConflict:
     case kStoreErrInvalidArgument:
     case kKpErrNotSupported:
-      EvEventWrapper::DebugLvl(kLabel, 2, "%s from connection %llu [%s]: %d %s",
-                               request.getTagName(),
-                               static_cast<unsigned long long>(call.connection.id),
-                               call.connection.client.c_str(), error.GetErrorCode(),
-                               error.Text().c_str());
+      EvEventWrapper::DebugLvl(
+          kLabel, 2, "%s from connection %llu [%s]: %d %s", request.getTagName(),
+          static_cast<unsigned long long>(call.connection.id), call.connection.client.c_str(),
+          error.GetErrorCode(), error.Text().c_str());
       break;
     default:
-      EvEventWrapper::Error(kLabel, "%s from connection %llu [%s] failed: %d %s",
-                            request.getTagName(),
-                            static_cast<unsigned long long>(call.connection.id),
-                            call.connection.client.c_str(), error.GetErrorCode(),
-                            error.Text().c_str());
+      EvEventWrapper::Error(
+          kLabel, "%s from connection %llu [%s] failed: %d %s", request.getTagName(),
+          static_cast<unsigned long long>(call.connection.id), call.connection.client.c_str(),
+          error.GetErrorCode(), error.Text().c_str());
   }
 }
 
@@ -123,10 +121,10 @@ std::unique_ptr<CNMessageBase> XmlRouter::RouteText(XmlCall& call, const char* x
   std::string why;
   std::unique_ptr<CNMessageBase> request = CNMessageBase::FromXml(xml, std::strlen(xml), &rc, &why);
   if (!request) {
-    return GenericAnswer(Refused(
-        CLmError::Format(kStoreErrInvalidArgument, "the XML document could not be read (%d): %s",
-                         rc, why.c_str()),
-        call, "XML"));
+    return GenericAnswer(
+        Refused(CLmError::Format(kStoreErrInvalidArgument,
+                                 "the XML document could not be read (%d): %s", rc, why.c_str()),
+                call, "XML"));
   }
   if (tagId != 0 && request->getTagId() != tagId) {
     return GenericAnswer(Refused(

@@ -88,8 +88,8 @@ const T* As(const CNMessageBase& request, std::unique_ptr<T>* holder, CLmError* 
   int rc = request.serialize(text);
   if (rc == 0) rc = copy->unserialize(text);
   if (rc != 0) {
-    *error = CLmError::Format(kStoreErrInvalidArgument, "the XML document is not a %s (%d): %s", T::kTagName, rc,
-                              copy->GetReadError().c_str());
+    *error = CLmError::Format(kStoreErrInvalidArgument, "the XML document is not a %s (%d): %s",
+                              T::kTagName, rc, copy->GetReadError().c_str());
     return nullptr;
   }
   *holder = std::move(copy);

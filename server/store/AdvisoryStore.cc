@@ -51,7 +51,8 @@ CLmError AdvisoryStore::SyncClient(uint64_t clientId, const std::vector<Advisory
   if (CLmError e = drop.Run()) return e;
   for (const Advisory& a : advisories) {
     Statement st = txn.Prepare(
-        "INSERT INTO client_advisories (client_id, advisory_id, type, title) VALUES (?1, ?2, ?3, ?4)"
+        "INSERT INTO client_advisories (client_id, advisory_id, type, title) VALUES (?1, ?2, ?3, "
+        "?4)"
         " ON CONFLICT (client_id, advisory_id) DO UPDATE SET type = excluded.type,"
         " title = excluded.title");
     st.BindU64(1, clientId).BindInt(2, a.id).BindInt(3, a.type).BindText(4, a.title);
@@ -92,10 +93,9 @@ CLmError AdvisoryStore::SyncSource(const std::string& source,
 CLmError AdvisoryStore::Control(int64_t action, const std::vector<AdvisoryTarget>& targets) {
   if (action < static_cast<int64_t>(AdvisoryAction::kEnable) ||
       action > static_cast<int64_t>(AdvisoryAction::kRemove)) {
-    return CLmError::Format(kStoreErrInvalidArgument,
-                            "action %" PRId64
-                            " is not one of 1 enable, 2 disable, 3 acknowledge, 4 remove",
-                            action);
+    return CLmError::Format(
+        kStoreErrInvalidArgument,
+        "action %" PRId64 " is not one of 1 enable, 2 disable, 3 acknowledge, 4 remove", action);
   }
   if (targets.empty()) return CLmError(kStoreErrInvalidArgument, "the control names no advisory");
   const bool remove = action == static_cast<int64_t>(AdvisoryAction::kRemove);
@@ -103,9 +103,10 @@ CLmError AdvisoryStore::Control(int64_t action, const std::vector<AdvisoryTarget
   Txn txn(store_, "advisory control", Txn::kWrite);
   for (const AdvisoryTarget& t : targets) {
     Statement st = txn.Prepare(
-        remove ? "DELETE FROM client_advisories WHERE advisory_id = ?1 AND (?2 = 0 OR client_id = ?2)"
-               : "UPDATE client_advisories SET state = ?3"
-                 " WHERE advisory_id = ?1 AND (?2 = 0 OR client_id = ?2)");
+        remove
+            ? "DELETE FROM client_advisories WHERE advisory_id = ?1 AND (?2 = 0 OR client_id = ?2)"
+            : "UPDATE client_advisories SET state = ?3"
+              " WHERE advisory_id = ?1 AND (?2 = 0 OR client_id = ?2)");
     st.BindInt(1, t.advisoryId).BindU64(2, t.clientId);
     if (!remove) st.BindInt(3, action);
     if (CLmError e = st.Run()) return e;
@@ -116,8 +117,8 @@ CLmError AdvisoryStore::Control(int64_t action, const std::vector<AdvisoryTarget
     }
     if (CLmError e = RequireEntity(txn, EntityKind::kClient, t.clientId)) return e;
     return CLmError::Format(kStoreErrNotFound,
-                            "advisory %" PRId64 " does not apply to client %" PRIu64,
-                            t.advisoryId, t.clientId);
+                            "advisory %" PRId64 " does not apply to client %" PRIu64, t.advisoryId,
+                            t.clientId);
   }
   return txn.Commit();
 }

@@ -111,8 +111,8 @@ CLmError AlertStore::List(const AlertFilter& filter, std::vector<StoredAlert>* o
                           " ORDER BY id DESC LIMIT ?3";
   Statement st = txn.Prepare(sql.c_str());
   st.BindInt(1, filter.clientId).BindInt(2, filter.unacknowledgedOnly ? 1 : 0);
-  st.BindInt(3, filter.limit == 0 || filter.limit > INT64_MAX ? -1
-                                                              : static_cast<int64_t>(filter.limit));
+  st.BindInt(
+      3, filter.limit == 0 || filter.limit > INT64_MAX ? -1 : static_cast<int64_t>(filter.limit));
   std::vector<StoredAlert> found;
   for (bool row = true;;) {
     if (CLmError e = st.Step(&row)) return e;

@@ -47,9 +47,9 @@ struct StoredAlert {
 };
 
 struct AlertFilter {
-  int64_t clientId = 0;             // 0: every client
+  int64_t clientId = 0;  // 0: every client
   bool unacknowledgedOnly = false;
-  uint64_t limit = 0;               // the most recent so many; 0: all
+  uint64_t limit = 0;  // the most recent so many; 0: all
 };
 
 class AlertStore {

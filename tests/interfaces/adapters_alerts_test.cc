@@ -85,11 +85,14 @@ TEST(CopyAlertExData, EmptyListsAndTheReservedListAllocateNothing) {
   EvAlertEx a = Plain();
   Copied c(a);
   const SendAlertExReq3& r = c.req;
-  const std::pair<uint32_t, const void*> lists[] = {
-      {r.vtStoragePoliciesCount, r.vtStoragePolicies}, {r.clientsCount, r.clients},
-      {r.mediaIdsCount, r.mediaIds},       {r.reservedCount, r.reserved},
-      {r.failureReasonsCount, r.failureReasons},       {r.eventMsgsCount, r.eventMsgs},
-      {r.barCodesCount, r.barCodes},       {r.failedMediaCount, r.failedMedia}};
+  const std::pair<uint32_t, const void*> lists[] = {{r.vtStoragePoliciesCount, r.vtStoragePolicies},
+                                                    {r.clientsCount, r.clients},
+                                                    {r.mediaIdsCount, r.mediaIds},
+                                                    {r.reservedCount, r.reserved},
+                                                    {r.failureReasonsCount, r.failureReasons},
+                                                    {r.eventMsgsCount, r.eventMsgs},
+                                                    {r.barCodesCount, r.barCodes},
+                                                    {r.failedMediaCount, r.failedMedia}};
   for (const auto& [count, items] : lists) {
     EXPECT_EQ(count, 0u);
     EXPECT_EQ(items, nullptr);

@@ -36,14 +36,15 @@ class XmlTest : public SessionFixture {
   // Answers `op` with this tag id and text, and this header code and text.
   void Answer(const appmgr::wire::Op<SendKpAlertXML_Req, SendKpAlertXML_Resp>& op, uint64_t tag,
               std::string xml, int32_t code = 0, const char* codeText = nullptr) {
-    server_.On(op, [=, this](const SendKpAlertXML_Req& req, SendKpAlertXML_Resp& resp, Exchange& x) {
-      sentTag_ = req.tagId;
-      sentXml_ = req.xml ? req.xml : "";
-      resp.tagId = tag;
-      resp.xml = x.Text(xml);
-      resp.hdr.errorCode = code;
-      resp.hdr.errorText = codeText;
-    });
+    server_.On(op,
+               [=, this](const SendKpAlertXML_Req& req, SendKpAlertXML_Resp& resp, Exchange& x) {
+                 sentTag_ = req.tagId;
+                 sentXml_ = req.xml ? req.xml : "";
+                 resp.tagId = tag;
+                 resp.xml = x.Text(xml);
+                 resp.hdr.errorCode = code;
+                 resp.hdr.errorText = codeText;
+               });
   }
 
   ScriptServer server_;
@@ -57,14 +58,13 @@ TEST_F(XmlTest, CentralOnlyTypesSkipTheLitePoolAndOthersTakeIt) {
   ScriptServer lite;
   Settings(ControlhostAt(server_) + LiteAt(lite));
   auto script = [](ScriptServer& s, const char* who) {
-    s.On(msg::kHandleXml, [who](const HandleXMLReq&, HandleXMLResp& resp, Exchange& x) {
-      resp.xml = x.Text(who);
-    });
+    s.On(msg::kHandleXml,
+         [who](const HandleXMLReq&, HandleXMLResp& resp, Exchange& x) { resp.xml = x.Text(who); });
   };
   script(server_, "central");
   script(lite, "lite");
-  for (unsigned long type : {0x1e70954dul, 0x1e980685ul, 0x168df5d9ul, 0x1e752270ul, 0x644c8485ul,
-                             0x7657b53eul}) {
+  for (unsigned long type :
+       {0x1e70954dul, 0x1e980685ul, 0x168df5d9ul, 0x1e752270ul, 0x644c8485ul, 0x7657b53eul}) {
     std::string xml = "<x/>";
     ASSERT_EQ(adapters_.handleXMLReq(1, type, xml, err_, "", 0), 0) << err_;
     EXPECT_EQ(xml, "central") << std::hex << type;
@@ -160,7 +160,8 @@ TEST_F(XmlTest, AdvisoryRequestsCarryTheirTagAndAnswerTheGenericResponsesStatus)
     EXPECT_EQ(err_, "seven");
     EXPECT_EQ(sentTag_, op.tag);
     int rc = -1;
-    std::unique_ptr<CNMessageBase> sent = CNMessageBase::FromXml(sentXml_.data(), sentXml_.size(), &rc);
+    std::unique_ptr<CNMessageBase> sent =
+        CNMessageBase::FromXml(sentXml_.data(), sentXml_.size(), &rc);
     ASSERT_NE(sent, nullptr);
     EXPECT_EQ(sent->getTagId(), op.tag);
 
@@ -188,8 +189,8 @@ TEST_F(XmlTest, AdvisoryAnswersOfAnotherTagOrUnreadableAreRefused) {
     }
 
     // The generic tag over text that is not the generic response, or no text at all.
-    for (const char* hostile : {"<KPGui.AlertResponse tag=\"0x010003f0\"><int n=\"1\">x</int>",
-                                "\xff\xfe<", ""}) {
+    for (const char* hostile :
+         {"<KPGui.AlertResponse tag=\"0x010003f0\"><int n=\"1\">x</int>", "\xff\xfe<", ""}) {
       Answer(*op.op, 0x010003f0, hostile);
       EXPECT_EQ(op.call(adapters_, err_), kUnserializationFailed);
       EXPECT_EQ(err_, "XML Message unserilization failed");
@@ -262,13 +263,13 @@ TEST_F(XmlTest, TheAlertListLogsAZeroSizeAndAnswersByTheHeaderAlone) {
 }
 
 TEST_F(XmlTest, ProcessXmlRequestHandsOverTheAnswerOfItsClass) {
-  server_.core().HandleXml(App::GetHTTPProxySettingsReq::kTagId,
-                           [](const CNMessageBase& req, const ConnectionInfo&) {
-                             auto answer = std::make_unique<App::HTTPProxySettings>();
-                             answer->SetHost(static_cast<const App::GetHTTPProxySettingsReq&>(req)
-                                                 .GetClientName() + ".proxy");
-                             return std::unique_ptr<CNMessageBase>(std::move(answer));
-                           });
+  server_.core().HandleXml(
+      App::GetHTTPProxySettingsReq::kTagId, [](const CNMessageBase& req, const ConnectionInfo&) {
+        auto answer = std::make_unique<App::HTTPProxySettings>();
+        answer->SetHost(static_cast<const App::GetHTTPProxySettingsReq&>(req).GetClientName() +
+                        ".proxy");
+        return std::unique_ptr<CNMessageBase>(std::move(answer));
+      });
   App::GetHTTPProxySettingsReq req;
   req.SetClientName("agent01");
   CNMessageBase* response = nullptr;
@@ -276,7 +277,9 @@ TEST_F(XmlTest, ProcessXmlRequestHandsOverTheAnswerOfItsClass) {
   std::unique_ptr<CNMessageBase> owned(response);
   ASSERT_EQ(typeid(*owned), typeid(App::HTTPProxySettings));
   EXPECT_EQ(static_cast<App::HTTPProxySettings&>(*owned).GetHost(), "agent01.proxy");
-  EXPECT_EQ(log_.Count("Sending XML Message [App::GetHTTPProxySettingsReq] with timeout [300] minutes..."), 1u);
+  EXPECT_EQ(log_.Count(
+                "Sending XML Message [App::GetHTTPProxySettingsReq] with timeout [300] minutes..."),
+            1u);
   EXPECT_EQ(log_.Count("Receiving XML Message with timeout [300] minutes..."), 1u);
   EXPECT_EQ(log_.Count("Got response [App::HTTPProxySettings]."), 1u);
 }
@@ -382,7 +385,8 @@ TEST_F(XmlTest, ProxySettingsTravelAsRawXmlOfTheirOwnType) {
   server_.Stop();
   long status = adapters_.GetHTTPProxySettings(req, got, err_);
   EXPECT_NE(status, 0);
-  EXPECT_EQ(log_.CountContaining("Failed to fetch HTTP Proxy Settings for the request : [<App."), 1u);
+  EXPECT_EQ(log_.CountContaining("Failed to fetch HTTP Proxy Settings for the request : [<App."),
+            1u);
 }
 
 }  // namespace

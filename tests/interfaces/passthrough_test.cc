@@ -52,17 +52,16 @@ TEST_F(PassthroughTest, LogMonitoringOperationReplacesTheTextEvenWhenTheHeaderSa
 }
 
 TEST_F(PassthroughTest, LogMonitoringParameterNeverWritesTheErrorString) {
-  server_.On(msg::kGetLogMonitoringParam,
-             [](const GetLogMonitoringParamReq& req, GetLogMonitoringParamResp& resp, Exchange& x) {
-               std::string name = req.name;
-               if (name == "missing") {
-                 resp.hdr.errorCode = 1;
-                 resp.hdr.errorText = "no such parameter";
-               } else if (name != "null") {
-                 resp.value = x.Text(name + "/" + std::to_string(req.type) + "/" +
-                                     std::to_string(req.id));
-               }
-             });
+  server_.On(msg::kGetLogMonitoringParam, [](const GetLogMonitoringParamReq& req,
+                                             GetLogMonitoringParamResp& resp, Exchange& x) {
+    std::string name = req.name;
+    if (name == "missing") {
+      resp.hdr.errorCode = 1;
+      resp.hdr.errorText = "no such parameter";
+    } else if (name != "null") {
+      resp.value = x.Text(name + "/" + std::to_string(req.type) + "/" + std::to_string(req.id));
+    }
+  });
   std::string value = "before", err = "untouched";
   ASSERT_EQ(logmon_.getProperties(42, 3, "nInterval", value, err, nullptr), 0);
   EXPECT_EQ(value, "nInterval/3/42");
@@ -80,13 +79,14 @@ TEST_F(PassthroughTest, AgentRequestAnswersTheHeadersCodeWithTheAnswerAndNoVersi
   HandleDaxXMLReq seen;
   int32_t code = 5;
   uint64_t version = 2;
-  server_.On(msg::kHandleDaxXml, [&](const HandleDaxXMLReq& req, HandleDaxXMLResp& resp, Exchange& x) {
-    seen = req;
-    seen.xml = nullptr;
-    resp.hdr.version = version;
-    resp.hdr.errorCode = code;
-    resp.xml = x.Text("<status code=\"" + std::to_string(code) + "\"/>");
-  });
+  server_.On(msg::kHandleDaxXml,
+             [&](const HandleDaxXMLReq& req, HandleDaxXMLResp& resp, Exchange& x) {
+               seen = req;
+               seen.xml = nullptr;
+               resp.hdr.version = version;
+               resp.hdr.errorCode = code;
+               resp.xml = x.Text("<status code=\"" + std::to_string(code) + "\"/>");
+             });
   std::string xml = "<request/>";
   EXPECT_EQ(dax_.handleXMLRequest(11, 22, xml), 5);
   EXPECT_EQ(xml, "<status code=\"5\"/>") << "replaced although the code is not 0";
@@ -107,7 +107,8 @@ TEST_F(PassthroughTest, AgentRequestLogsWhichStepFailedAndKeepsTheText) {
   int status = dax_.handleXMLRequest(1, 2, xml);
   EXPECT_NE(status, 0);
   EXPECT_EQ(xml, "<kept/>");
-  EXPECT_EQ(log_.Count("Receive request failed with an error [" + std::to_string(status) + "]"), 1u);
+  EXPECT_EQ(log_.Count("Receive request failed with an error [" + std::to_string(status) + "]"),
+            1u);
 
   server_.Stop();
   status = dax_.handleXMLRequest(1, 2, xml);
@@ -134,10 +135,14 @@ TEST_F(PassthroughTest, CertificateOperationsRefuseWithoutAnExchange) {
   std::vector<_AppCACertificateInfo> caList(2);
   using Call = std::function<int(std::string&)>;
   const std::pair<const char*, Call> calls[] = {
-      {"CertificateInterfaceNet::lookup", [&](std::string& e) { return certs.lookup(info, e, nullptr); }},
-      {"CertificateInterfaceNet::create", [&](std::string& e) { return certs.create(info, e, nullptr); }},
-      {"CertificateInterfaceNet::update", [&](std::string& e) { return certs.update(info, e, nullptr); }},
-      {"CertificateInterfaceNet::remove", [&](std::string& e) { return certs.remove(1, e, nullptr); }},
+      {"CertificateInterfaceNet::lookup",
+       [&](std::string& e) { return certs.lookup(info, e, nullptr); }},
+      {"CertificateInterfaceNet::create",
+       [&](std::string& e) { return certs.create(info, e, nullptr); }},
+      {"CertificateInterfaceNet::update",
+       [&](std::string& e) { return certs.update(info, e, nullptr); }},
+      {"CertificateInterfaceNet::remove",
+       [&](std::string& e) { return certs.remove(1, e, nullptr); }},
       {"CertificateInterfaceNet::getCertificateInfoList",
        [&](std::string& e) { return certs.getCertificateInfoList(info, list, e, nullptr); }},
       {"CertificateInterfaceNet::pruneCertificates",
@@ -146,14 +151,20 @@ TEST_F(PassthroughTest, CertificateOperationsRefuseWithoutAnExchange) {
        [&](std::string& e) { return certs.revokeCertificates(info, e, nullptr); }},
       {"CertificateInterfaceNet::uninstallCertificates",
        [&](std::string& e) { return certs.markCertificatesUninstalled(info, e, nullptr); }},
-      {"CACertificateInterfaceNet::lookup", [&](std::string& e) { return authorities.lookup(ca, e, nullptr); }},
-      {"CACertificateInterfaceNet::create", [&](std::string& e) { return authorities.create(ca, e, nullptr); }},
-      {"CACertificateInterfaceNet::update", [&](std::string& e) { return authorities.update(ca, e, nullptr); }},
-      {"CACertificateInterfaceNet::remove", [&](std::string& e) { return authorities.remove(1, e, nullptr); }},
+      {"CACertificateInterfaceNet::lookup",
+       [&](std::string& e) { return authorities.lookup(ca, e, nullptr); }},
+      {"CACertificateInterfaceNet::create",
+       [&](std::string& e) { return authorities.create(ca, e, nullptr); }},
+      {"CACertificateInterfaceNet::update",
+       [&](std::string& e) { return authorities.update(ca, e, nullptr); }},
+      {"CACertificateInterfaceNet::remove",
+       [&](std::string& e) { return authorities.remove(1, e, nullptr); }},
       {"CACertificateInterfaceNet::setCACertificateInfo",
        [&](std::string& e) { return authorities.setCACertificateInfo(ca, e, nullptr); }},
       {"CACertificateInterfaceNet::getCACertificateInfoList",
-       [&](std::string& e) { return authorities.getCACertificateInfoList(ca, caList, e, nullptr); }},
+       [&](std::string& e) {
+         return authorities.getCACertificateInfoList(ca, caList, e, nullptr);
+       }},
   };
   for (const auto& [label, call] : calls) {
     SCOPED_TRACE(label);

@@ -64,8 +64,8 @@ class XmlEndToEnd : public SessionFixture {
   // A raw session that has passed the hello, for clients that misbehave.
   FrameConn Raw() {
     appmgr::net::Socket sock;
-    EXPECT_FALSE(appmgr::net::Socket::Connect("127.0.0.1", server_->port(), Deadline::After(5000),
-                                              &sock));
+    EXPECT_FALSE(
+        appmgr::net::Socket::Connect("127.0.0.1", server_->port(), Deadline::After(5000), &sock));
     FrameConn conn(std::move(sock));
     appmgr::net::HelloRecord hello;
     hello.frameVersion = 1;
@@ -105,7 +105,9 @@ TEST_F(XmlEndToEnd, AlertsArriveBothWaysAndAreListedAndAcknowledged) {
   ASSERT_EQ(a_.SendAlert(list, err_), 0) << err_;
   list.AddAlert({41, 7, 4, "", 1700100001, "bad severity"});
   EXPECT_EQ(a_.SendAlert(list, err_), kStoreErrInvalidArgument) << "refused in the header";
-  EXPECT_EQ(err_, "alert 2 of 2: severity 7 is not one of 0 none, 1 info, 2 warning, 3 error, 4 critical");
+  EXPECT_EQ(
+      err_,
+      "alert 2 of 2: severity 7 is not one of 0 none, 1 info, 2 warning, 3 error, 4 critical");
 
   KPGui::AlertListReq ask;
   ask.SetUnacknowledgedOnly(true);
@@ -115,7 +117,8 @@ TEST_F(XmlEndToEnd, AlertsArriveBothWaysAndAreListedAndAcknowledged) {
   ASSERT_EQ(alerts.size(), 4u) << "two of the demo's, the record and one of the list";
   EXPECT_EQ(alerts[2].text, "backup of db01 failed");
   EXPECT_EQ(alerts[2].source, KPGui::AlertRecord::kSourceRecord);
-  EXPECT_NE(alerts[2].details.find("\"clients\":[\"db01\"]"), std::string::npos) << alerts[2].details;
+  EXPECT_NE(alerts[2].details.find("\"clients\":[\"db01\"]"), std::string::npos)
+      << alerts[2].details;
   EXPECT_EQ(alerts[3].text, "library offline");
   EXPECT_EQ(alerts[3].clientName, "fs02");
 
@@ -214,8 +217,8 @@ TEST_F(XmlEndToEnd, LogMonitoringAndTheAgentPassthroughReportAsTheirCallersExpec
   ASSERT_EQ(logmon.logMonitoringOperation(3, 2, xml), 0);
   App::LogMonitoringParams params;
   ASSERT_EQ(params.unserialize(xml), 0) << xml;
-  EXPECT_EQ(params.GetParams(),
-            (std::vector<App::LogMonitoringParam>{{2, "nIntervalSeconds", "300"}, {2, "nKeepDays", "14"}}));
+  EXPECT_EQ(params.GetParams(), (std::vector<App::LogMonitoringParam>{
+                                    {2, "nIntervalSeconds", "300"}, {2, "nKeepDays", "14"}}));
   // A refusal travels in the answer; the operation still reports a good exchange.
   set.SetAction(App::SetLogMonitoringParams::kActionRemove);
   set.AddParam({2, "sMissing", ""});
@@ -229,7 +232,8 @@ TEST_F(XmlEndToEnd, LogMonitoringAndTheAgentPassthroughReportAsTheirCallersExpec
   ask.SetClientId(3);
   ASSERT_EQ(ask.serialize(xml), 0);
   ASSERT_EQ(dax.handleXMLRequest(3, 4711, xml), 0);
-  EXPECT_EQ(Outcome(CNMessageBase::FromXml(xml.data(), xml.size(), nullptr).get()), "tag 0x01000021");
+  EXPECT_EQ(Outcome(CNMessageBase::FromXml(xml.data(), xml.size(), nullptr).get()),
+            "tag 0x01000021");
   ASSERT_EQ(ask.serialize(xml), 0);
   EXPECT_EQ(dax.handleXMLRequest(99, 0, xml), kStoreErrNotFound);
   EXPECT_EQ(Outcome(CNMessageBase::FromXml(xml.data(), xml.size(), nullptr).get()),
@@ -261,7 +265,8 @@ TEST_F(XmlEndToEnd, HostileClientsGetClearErrorsAndTheServerGoesOn) {
   };
   // An XML frame that is no document: an error frame saying why.
   const std::string garbage = "<KPGui.AlertListReq tag=\"0x01000020\"><int n=\"1\">x</int>";
-  ASSERT_FALSE(conn.Write(xmlFrame(0x01000020, 1), garbage.data(), garbage.size(), Deadline::After(5000)));
+  ASSERT_FALSE(
+      conn.Write(xmlFrame(0x01000020, 1), garbage.data(), garbage.size(), Deadline::After(5000)));
   kpsHostProtocolHeader h;
   std::string text;
   read(&h, &text);
@@ -290,8 +295,8 @@ TEST_F(XmlEndToEnd, HostileClientsGetClearErrorsAndTheServerGoesOn) {
     appmgr::wire::Arena arena;
     ASSERT_FALSE(appmgr::wire::DecodeRecord(p, text.size(), resp, arena));
     EXPECT_EQ(resp.hdr.errorCode, kStoreErrInvalidArgument);
-    EXPECT_EQ(Outcome(CNMessageBase::FromXml(resp.xml, strlen(resp.xml), nullptr).get()).rfind(
-                  "3: the XML document could not be read (1101): ", 0),
+    EXPECT_EQ(Outcome(CNMessageBase::FromXml(resp.xml, strlen(resp.xml), nullptr).get())
+                  .rfind("3: the XML document could not be read (1101): ", 0),
               0u);
   }
 

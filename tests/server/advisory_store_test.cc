@@ -103,13 +103,22 @@ TEST_F(AdvisoryStoreTest, ControlReachesOneClientOrAllAndFailsAsAWhole) {
     const char* text;
   };
   const Case cases[] = {
-      {"unknown advisory", 3, {{11, 3}, {99, 0}}, kStoreErrNotFound,
+      {"unknown advisory",
+       3,
+       {{11, 3}, {99, 0}},
+       kStoreErrNotFound,
        "advisory 99 applies to no client"},
-      {"not on that client", 3, {{11, 3}, {11, 4}}, kStoreErrNotFound,
+      {"not on that client",
+       3,
+       {{11, 3}, {11, 4}},
+       kStoreErrNotFound,
        "advisory 11 does not apply to client 4"},
       {"unknown client", 3, {{11, 3}, {11, 9}}, kStoreErrNotFound, "client 9 does not exist"},
       {"no targets", 3, {}, kStoreErrInvalidArgument, "the control names no advisory"},
-      {"unknown action", 5, {{11, 3}}, kStoreErrInvalidArgument,
+      {"unknown action",
+       5,
+       {{11, 3}},
+       kStoreErrInvalidArgument,
        "action 5 is not one of 1 enable, 2 disable, 3 acknowledge, 4 remove"},
   };
   for (const Case& c : cases) {

@@ -177,8 +177,9 @@ TEST(AlertStoreMigration, AlertsOfAnOlderFileAreListedAfterTheUpgrade) {
   ASSERT_OK(t.Open());
   {
     Store::Transaction txn(t.store(), "an alert of the older schema", Store::Transaction::kWrite);
-    ASSERT_OK(txn.Exec("INSERT INTO alerts (received_at, alert_type, client_id, details)"
-                       " VALUES (50, 4, 0, '{\"alertType\": 4}')"));
+    ASSERT_OK(
+        txn.Exec("INSERT INTO alerts (received_at, alert_type, client_id, details)"
+                 " VALUES (50, 4, 0, '{\"alertType\": 4}')"));
     ASSERT_OK(txn.Commit());
   }
   t.options().migrations = {};

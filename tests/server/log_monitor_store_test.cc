@@ -16,7 +16,8 @@ class LogMonitorStoreTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_OK(t_.Open());
-    ASSERT_OK(store().Set(7, {{1, "nInterval", "60"}, {1, "sPattern", "ERROR*"}, {2, "nKeep", "5"}}));
+    ASSERT_OK(
+        store().Set(7, {{1, "nInterval", "60"}, {1, "sPattern", "ERROR*"}, {2, "nKeep", "5"}}));
     ASSERT_OK(store().Set(8, {{1, "nInterval", "30"}}));
   }
   // "type/name=value" of the entity's parameters.
@@ -46,13 +47,14 @@ TEST_F(LogMonitorStoreTest, ValuesAreKeptPerEntityTypeAndName) {
   EXPECT_EQ(store().Get(7, 1, "ninterval", &value).GetErrorCode(), kStoreErrNotFound)
       << "names are compared exactly";
 
-  EXPECT_EQ(List(7), (std::vector<std::string>{"1/nInterval=60", "1/sPattern=ERROR*", "2/nKeep=5"}));
+  EXPECT_EQ(List(7),
+            (std::vector<std::string>{"1/nInterval=60", "1/sPattern=ERROR*", "2/nKeep=5"}));
   EXPECT_EQ(List(7, 2, false), (std::vector<std::string>{"2/nKeep=5"}));
   EXPECT_TRUE(List(9).empty()) << "any entity id may be asked for";
 
   ASSERT_OK(store().Set(7, {{4294967295u, "nMax", ""}, {1, "nInterval", "90"}}));
-  EXPECT_EQ(List(7), (std::vector<std::string>{"1/nInterval=90", "1/sPattern=ERROR*",
-                                               "2/nKeep=5", "4294967295/nMax="}));
+  EXPECT_EQ(List(7), (std::vector<std::string>{"1/nInterval=90", "1/sPattern=ERROR*", "2/nKeep=5",
+                                               "4294967295/nMax="}));
 }
 
 TEST_F(LogMonitorStoreTest, ChangesAreAllOrNothing) {
@@ -61,7 +63,8 @@ TEST_F(LogMonitorStoreTest, ChangesAreAllOrNothing) {
   CLmError missing = store().Remove(7, {{1, "sPattern", ""}, {3, "sPattern", ""}});
   EXPECT_EQ(missing.GetErrorCode(), kStoreErrNotFound);
   EXPECT_EQ(missing.Text(), "log-monitoring parameter 'sPattern' of type 3 is not set for 7");
-  EXPECT_EQ(List(7), (std::vector<std::string>{"1/nInterval=60", "1/sPattern=ERROR*", "2/nKeep=5"}));
+  EXPECT_EQ(List(7),
+            (std::vector<std::string>{"1/nInterval=60", "1/sPattern=ERROR*", "2/nKeep=5"}));
 
   ASSERT_OK(store().Remove(7, {{1, "sPattern", "the value is not read"}}));
   EXPECT_EQ(List(7), (std::vector<std::string>{"1/nInterval=60", "2/nKeep=5"}));

@@ -215,8 +215,8 @@ TEST_F(XmlHandlersTest, EachCarrierRefusesADocumentThatIsNotWhatItCarries) {
        "no handler for XML message type 0x1e70954d here"},
       {"raw: type 0", raw(0, Xml(sync)), kKpErrNotSupported,
        "no handler for XML message type 0x00000000 here"},
-      {"raw: the type is not the document's", raw(0x010003fd, Xml(sync)),
-       kStoreErrInvalidArgument, nullptr},
+      {"raw: the type is not the document's", raw(0x010003fd, Xml(sync)), kStoreErrInvalidArgument,
+       nullptr},
       {"raw: truncated", raw(0x010003fc, Xml(sync).substr(0, 20)), kStoreErrInvalidArgument,
        nullptr},
   };

@@ -152,8 +152,8 @@ std::string XmlNode::Text(int field) const {
 
 bool ReadXmlAnswer(std::string_view text, XmlAnswer* out, std::string* error) {
   pugi::xml_document doc;
-  pugi::xml_parse_result parsed = doc.load_buffer(text.data(), text.size(),
-                                                  pugi::parse_default, pugi::encoding_utf8);
+  pugi::xml_parse_result parsed =
+      doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!parsed) {
     *error = std::string("the answer is not XML: ") + parsed.description();
     return false;

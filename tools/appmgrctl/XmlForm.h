@@ -53,7 +53,7 @@ struct XmlNode {
 
 // An answer read back.
 struct XmlAnswer {
-  std::string root;      // the root element's name, "KPGui.AlertListResp"
+  std::string root;  // the root element's name, "KPGui.AlertListResp"
   unsigned long tag = 0;
   XmlNode content;
   // The generic response (tag 0x010003f0): its status and error text.

@@ -7,11 +7,11 @@
 // Sent under 0x34000222, answered by HandleLogMonitorXMLResp under 0x34000223.
 struct HandleLogMonitorXMLReq {
   AppMgrReqHdr hdr;
-  uint64_t reserved = 0;       // always 0
+  uint64_t reserved = 0;  // always 0
   uint64_t id1 = 0;
   uint64_t id2 = 0;
-  const char* extra = nullptr; // always the empty string
-  const char* xml = nullptr;   // the request document
+  const char* extra = nullptr;  // always the empty string
+  const char* xml = nullptr;    // the request document
 };
 static_assert(sizeof(HandleLogMonitorXMLReq) == 72);
 static_assert(offsetof(HandleLogMonitorXMLReq, id1) == 40 &&
@@ -23,7 +23,8 @@ struct HandleLogMonitorXMLResp {
   AppMgrRespHdr hdr;
   const char* xml = nullptr;  // the answer document
 };
-static_assert(sizeof(HandleLogMonitorXMLResp) == 40 && offsetof(HandleLogMonitorXMLResp, xml) == 32);
+static_assert(sizeof(HandleLogMonitorXMLResp) == 40 &&
+              offsetof(HandleLogMonitorXMLResp, xml) == 32);
 
 // Sent under 0x34000224, answered by GetLogMonitoringParamResp under 0x34000225.
 struct GetLogMonitoringParamReq {
@@ -49,8 +50,8 @@ static_assert(sizeof(GetLogMonitoringParamResp) == 40 &&
 struct HandleDaxXMLReq {
   AppMgrReqHdr hdr;
   uint64_t id1 = 0;
-  uint64_t reserved1 = 0;     // always 0
-  uint64_t reserved2 = 0;     // always 0
+  uint64_t reserved1 = 0;  // always 0
+  uint64_t reserved2 = 0;  // always 0
   uint64_t id2 = 0;
   uint64_t reserved3 = 0;     // always 0
   const char* xml = nullptr;  // the request document

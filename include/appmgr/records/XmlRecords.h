@@ -11,11 +11,11 @@
 
 struct HandleXMLReq {
   AppMgrReqHdr hdr;
-  uint64_t route = 0;          // the caller's route value
-  uint64_t xmlType = 0;        // the XML message type of `xml`
-  uint64_t value = 0;          // the caller's extra value
-  const char* extra = nullptr; // the caller's extra text
-  const char* xml = nullptr;   // the request document
+  uint64_t route = 0;           // the caller's route value
+  uint64_t xmlType = 0;         // the XML message type of `xml`
+  uint64_t value = 0;           // the caller's extra value
+  const char* extra = nullptr;  // the caller's extra text
+  const char* xml = nullptr;    // the request document
 };
 static_assert(sizeof(HandleXMLReq) == 72);
 static_assert(offsetof(HandleXMLReq, route) == 32 && offsetof(HandleXMLReq, xmlType) == 40 &&

@@ -295,8 +295,8 @@ Outcome AlertSend(Library& lib, const Args& a) {
         alert.setFailureReason(a.alertFailureReason);
         std::string error;
         if (int status = adapters.SendAlert(alert, error)) return Outcome::Failed(status, error);
-        return Outcome::Ok(Result::Record(
-            {{"sent", true}, {"type", a.alertType}, {"client", a.alertClientId}}));
+        return Outcome::Ok(
+            Result::Record({{"sent", true}, {"type", a.alertType}, {"client", a.alertClientId}}));
       });
 }
 
@@ -349,8 +349,8 @@ Outcome XmlSend(Library& lib, const Args& a) {
   }
   return WithInterface<AdaptersInterface>(
       lib, APPMGR_INTERFACE_ADAPTERS, "adapters", [&](AdaptersInterface& adapters) {
-        if (int status = adapters.handleXMLReq(a.xmlRoute, type, xml, error, a.xmlExtra,
-                                               a.xmlValue)) {
+        if (int status =
+                adapters.handleXMLReq(a.xmlRoute, type, xml, error, a.xmlExtra, a.xmlValue)) {
           return Outcome::Failed(status, error);
         }
         // The XML error answer is a failure like any other; every other answer is printed.
@@ -447,7 +447,8 @@ Outcome SyncSource(Library& lib, const Args& a) {
   XmlAnswer answer;
   Outcome failure;
   if (!AskXml(lib, kSyncSource, fields, 0, &answer, &failure)) return failure;
-  return Outcome::Ok(Result::Record({{"source", a.advisorySource}, {"advisories", a.words.size()}}));
+  return Outcome::Ok(
+      Result::Record({{"source", a.advisorySource}, {"advisories", a.words.size()}}));
 }
 
 Outcome Control(Library& lib, const Args& a) {
@@ -457,8 +458,9 @@ Outcome Control(Library& lib, const Args& a) {
   }
   std::vector<XmlRecord> targets;
   for (unsigned long id : a.ids) {
-    targets.push_back(
-        XmlRecord().Int(1, static_cast<int64_t>(id)).Int(2, static_cast<int64_t>(a.advisoryClient)));
+    targets.push_back(XmlRecord()
+                          .Int(1, static_cast<int64_t>(id))
+                          .Int(2, static_cast<int64_t>(a.advisoryClient)));
   }
   XmlRecord fields;
   fields.Int(1, action).List(2, targets);
@@ -577,15 +579,14 @@ constexpr Command kCommands[] = {
      SyncSource},
     {"advisory", "control", "Enable, disable, acknowledge or remove advisories", ControlArgs,
      Control},
-    {"xml", "send", "Send an XML request under its message type and print the answer",
-     XmlSendArgs, XmlSend},
+    {"xml", "send", "Send an XML request under its message type and print the answer", XmlSendArgs,
+     XmlSend},
     {"xml", "agent", "Send an XML request through the agent passthrough and print the answer",
      XmlAgentArgs, XmlAgent},
     {"logmon", "get", "Show one log-monitoring parameter", LogGetArgs, LogGet},
     {"logmon", "list", "List an entity's log-monitoring parameters", LogListArgs, LogList},
     {"logmon", "set", "Set log-monitoring parameters of an entity", LogSetArgs, LogSet},
-    {"logmon", "remove", "Remove log-monitoring parameters of an entity", LogRemoveArgs,
-     LogRemove},
+    {"logmon", "remove", "Remove log-monitoring parameters of an entity", LogRemoveArgs, LogRemove},
     {"logmon", "xml", "Send a document through the log-monitoring passthrough and print the answer",
      LogXmlArgs, LogXml},
 };
