@@ -144,20 +144,59 @@ CLmError AlertList(XmlCall& call, const CNMessageBase& request, std::unique_ptr<
   return AlertStore(call.store).Add(alerts);
 }
 
+// `text` with every byte sequence an XML message cannot carry (bytes that are not UTF-8, control
+// characters other than tab, line feed and carriage return, U+FFFE and U+FFFF) replaced by U+FFFD.
+// The binary record and a connection's hello bring any bytes, and one such alert must not make
+// every later list fail.
+std::string XmlSafe(const std::string& text) {
+  static constexpr char kReplacement[] = "\xEF\xBF\xBD";
+  std::string out;
+  out.reserve(text.size());
+  const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+  const size_t n = text.size();
+  for (size_t i = 0; i < n;) {
+    uint32_t c = p[i];
+    size_t len = c < 0x80 ? 1 : (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
+    bool wellFormed = len != 0 && i + len <= n;
+    if (wellFormed && len > 1) {
+      c &= 0x7F >> len;
+      for (size_t k = 1; wellFormed && k < len; ++k) {
+        wellFormed = (p[i + k] & 0xC0) == 0x80;
+        c = (c << 6) | (p[i + k] & 0x3F);
+      }
+      // Shortest form only, and no surrogates.
+      static constexpr uint32_t kMin[] = {0, 0, 0x80, 0x800, 0x10000};
+      wellFormed = wellFormed && c >= kMin[len] && c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF);
+    }
+    if (!wellFormed) {  // one byte at a time, so that a good character after it is kept
+      out += kReplacement;
+      ++i;
+      continue;
+    }
+    if ((c >= 0x20 || c == '\t' || c == '\n' || c == '\r') && c != 0xFFFE && c != 0xFFFF) {
+      out.append(text, i, len);
+    } else {
+      out += kReplacement;
+    }
+    i += len;
+  }
+  return out;
+}
+
 KPGui::AlertRecord RecordOf(const StoredAlert& a) {
   KPGui::AlertRecord r;
   r.alertId = static_cast<int64_t>(a.id);
   r.severity = a.severity;
   r.clientId = a.clientId;
-  r.clientName = a.clientName;
+  r.clientName = XmlSafe(a.clientName);
   r.received = a.receivedAt;
-  r.text = a.text;
+  r.text = XmlSafe(a.text);
   r.alertType = a.alertType;
   r.raised = a.raisedAt;
   r.acknowledged = a.acknowledgedAt;
-  r.acknowledgedBy = a.acknowledgedBy;
+  r.acknowledgedBy = XmlSafe(a.acknowledgedBy);
   r.source = a.source;
-  r.details = a.details;
+  r.details = XmlSafe(a.details);
   return r;
 }
 

@@ -123,11 +123,26 @@ TEST_F(XmlHandlersTest, TheAlertRecordIsStoredWithEveryFieldOrRefusedWhole) {
   EXPECT_TRUE(details["comment"].is_null());
   EXPECT_EQ(details["alertType"], 12);
 
+  // Bytes an XML message cannot carry are stored as sent, and listed replaced.
+  req.description = "bad\x01text\xc3(";
+  req.clientName = "\xff" "db";
+  EXPECT_EQ(OutcomeOf(client_.Call(kSendAlertEx, req)).code, 0);
+  KPGui::AlertListReq ask;
+  ask.SetLimit(1);
+  std::unique_ptr<CNMessageBase> listed = client_.CallXml(ask);
+  ASSERT_NE(listed, nullptr);
+  ASSERT_EQ(listed->getTagId(), KPGui::AlertListResp::kTagId) << Said(Xml(*listed).c_str());
+  std::vector<KPGui::AlertRecord> last = static_cast<KPGui::AlertListResp&>(*listed).GetAlerts();
+  ASSERT_EQ(last.size(), 1u);
+  EXPECT_EQ(last[0].text, "bad\uFFFDtext\uFFFD(");
+  EXPECT_EQ(last[0].clientName, "\uFFFDdb");
+  EXPECT_EQ(Alerts().back().text, "bad\x01text\xc3(");
+
   req.clientId = static_cast<int64_t>(0xffffffff80000000u);  // a narrowed id of 2^31
   Outcome refused = OutcomeOf(client_.Call(kSendAlertEx, req));
   EXPECT_EQ(refused.code, kStoreErrNotFound);
   EXPECT_EQ(refused.text, "client -2147483648 does not exist");
-  EXPECT_EQ(Alerts().size(), before + 1);
+  EXPECT_EQ(Alerts().size(), before + 2);
 }
 
 TEST_F(XmlHandlersTest, TheAlertListIsStoredAllOrNothingAndListedAndAcknowledgedByXml) {
