@@ -156,7 +156,11 @@ std::string XmlSafe(const std::string& text) {
   const size_t n = text.size();
   for (size_t i = 0; i < n;) {
     uint32_t c = p[i];
-    size_t len = c < 0x80 ? 1 : (c & 0xE0) == 0xC0 ? 2 : (c & 0xF0) == 0xE0 ? 3 : (c & 0xF8) == 0xF0 ? 4 : 0;
+    size_t len = c < 0x80             ? 1
+                 : (c & 0xE0) == 0xC0 ? 2
+                 : (c & 0xF0) == 0xE0 ? 3
+                 : (c & 0xF8) == 0xF0 ? 4
+                                      : 0;
     bool wellFormed = len != 0 && i + len <= n;
     if (wellFormed && len > 1) {
       c &= 0x7F >> len;

@@ -125,7 +125,9 @@ TEST_F(XmlHandlersTest, TheAlertRecordIsStoredWithEveryFieldOrRefusedWhole) {
 
   // Bytes an XML message cannot carry are stored as sent, and listed replaced.
   req.description = "bad\x01text\xc3(";
-  req.clientName = "\xff" "db";
+  req.clientName =
+      "\xff"
+      "db";
   EXPECT_EQ(OutcomeOf(client_.Call(kSendAlertEx, req)).code, 0);
   KPGui::AlertListReq ask;
   ask.SetLimit(1);
