@@ -44,6 +44,15 @@ inline int NotImplemented(std::string& errorString) {
   return kNotImplemented;
 }
 
+// An operation refused as a whole: "Feature Not Supported", logged as an error under the
+// operation's label (through a log object without a file of its own), -1, no exchange.
+inline int FeatureNotSupported(const char* label, std::string& errorString) {
+  EvDebug log(nullptr, label);
+  errorString = "Feature Not Supported";
+  log.Error("%s", errorString.c_str());
+  return -1;
+}
+
 // A text the server sent where the operation expects one: a null reads as empty rather than
 // crashing the caller.
 inline std::string Text(const char* text) { return text ? std::string(text) : std::string(); }
@@ -106,6 +115,9 @@ class Exchange {
   int Receive(std::string& errorString) {
     return wrapper_.receive(op_.responseId, &response_, sizeof response_, errorString);
   }
+
+  // The header check alone (the last step of Run), for operations that go on after a failed one.
+  int VerifyHeader() { return message_.verifyResponseHeader(response_.hdr); }
 
   NetMessage& message() { return message_; }
   ClientSessionWrapper& wrapper() { return wrapper_; }

@@ -17,6 +17,10 @@
 #include "interfaces/InstInterfaceNet.h"
 #include "interfaces/OrbitInterfaceNet.h"
 #include "interfaces/SCInterfaceNet.h"
+#include "interfaces/CACertificateInterfaceNet.h"
+#include "interfaces/CertificateInterfaceNet.h"
+#include "interfaces/DaxBackupInterfaceNet.h"
+#include "interfaces/LogMonitorInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -67,6 +71,15 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
       return static_cast<AppTypeInterface*>(new AppTypeInterfaceNet());
     case APPMGR_INTERFACE_INSTANCE:
       return static_cast<InstInterface*>(new InstInterfaceNet());
+
+    case APPMGR_INTERFACE_LOG_MONITOR:
+      return static_cast<LogMonitorInterface*>(new LogMonitorInterfaceNet());
+    case APPMGR_INTERFACE_DAX_BACKUP:
+      return static_cast<DaxBackupInterface*>(new DaxBackupInterfaceNet());
+    case APPMGR_INTERFACE_CA_CERTIFICATE:
+      return static_cast<CACertificateInterface*>(new CACertificateInterfaceNet());
+    case APPMGR_INTERFACE_CERTIFICATE:
+      return static_cast<CertificateInterface*>(new CertificateInterfaceNet());
 
     default:
       // Unknown codes, and classes this build does not offer yet, are null.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "protocol/schemas/AppIdSchemas.h"
+#include "protocol/schemas/AlertSchemas.h"
 #include "protocol/schemas/BSSchemas.h"
 #include "protocol/schemas/ClientSchemas.h"
 #include "protocol/schemas/GenericSchemas.h"
@@ -12,3 +13,4 @@
 #include "protocol/schemas/SCSchemas.h"
 #include "protocol/schemas/InstSchemas.h"
 #include "protocol/schemas/AppTypeSchemas.h"
+#include "protocol/schemas/XmlSchemas.h"

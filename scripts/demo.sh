@@ -94,6 +94,13 @@ ctl bs client-id 105
 say "List the clients of a group by host name, and one client's backup sets, deleted ones too."
 ctl list clients --group 1 --host-names
 ctl list backupsets --client 3 --deleted
+say "Raise an alert, list those not yet acknowledged, acknowledge it."
+ctl alert send "Disk library space below 5%" --type 31 --client 4
+ctl alert list --unacknowledged
+ctl alert ack 4 --by backup-admins
+say "The advisories that apply to client db01, and its log-monitoring parameters."
+ctl advisory list --client 3
+ctl logmon list 3
 
 say "Create a client, look it up by name, and remove it again."
 ctl client create --name web01 --host web01.lab.example.net --set platformType=1 \

@@ -15,7 +15,14 @@
 //   "not provided" (0xa0010, errorString set to "Api not implemented."),
 //   "not provided, silent" (0xa0010, nothing written, not even errorString),
 //   "no-op" (0, nothing done: success here does not mean anything happened).
-// Alerts, XML routing and file transfer are "not provided" in this build.
+// File transfer is "not provided" in this build.
+//
+// Alerts and XML (below, and docs/adapters.md): the binary alert answers 0 or the step's status
+// with the server's text for a server error. The XML operations answer 0, a transport status,
+// the status the server's generic response carries, or one of their own codes:
+//   0x000b0001 "XML Message initilization failed", 0x000b0008 "XML Message serilization failed",
+//   0x000b0002 "XML Message unserilization failed" (an answer of an unexpected tag, or one that
+//   does not read), 0x000a0004 "Response is null" (processXMLRequest got no message).
 //
 // The order of the declarations below is the order of the class's virtual table.
 #pragma once
@@ -261,17 +268,25 @@ class AdaptersInterface {
 
   // ---- Alerts ----
 
+  // Sends the alert as one binary record (appmgr/records/AlertRecords.h). The record points
+  // into the alert's strings: the alert must not change during the call.
   virtual int SendAlert(EvAlertEx& alert, std::string& errorString) = 0;
 
   // ---- XML messages ----
 
-  // `xml` holds the request on entry and the answer on success.
+  // `xml` holds the request on entry and the answer on success. The status is the exchange's
+  // alone: the server's outcome travels inside the answer. Types the central App Manager alone
+  // serves bypass a configured lite App Manager.
   virtual int handleXMLReq(unsigned long route, unsigned long xmlType, std::string& xml,
                            std::string& errorString, std::string extra, unsigned long value) = 0;
-  // On success `response` is a message the caller owns and deletes.
+  // Sends `request` on the session itself and waits (300 s each way) for the answer. On success
+  // `response` is a message the caller owns and deletes.
   virtual int processXMLRequest(CNMessageBase& request, CNMessageBase*& response,
                                 std::string& errorString, void* context) = 0;
+  // The status of the exchange and of the answer's header; the answer's XML is not read.
   virtual int SendAlert(KPGui::AlertEvAlertExList& alerts, std::string& errorString) = 0;
+  // The advisory requests answer the status of the server's generic response, with its text in
+  // errorString; getSRMAdvisoryTypes fills `response` when the server answers with the list.
   virtual int syncSRMClientAdvisories(KPGui::SyncSRMClientAdvisories& request,
                                       std::string& errorString) = 0;
   virtual int syncSRMSourceAdvisories(KPGui::SyncSRMSourceAdvisories& request,
@@ -280,6 +295,8 @@ class AdaptersInterface {
   virtual int getSRMAdvisoryTypes(KPGui::AlertSRMAdvisoryTypeListReq& request,
                                   KPGui::AlertSRMAdvisoryTypeListResp& response,
                                   std::string& errorString) = 0;
+  // Carried by handleXMLReq (route 1, type 0x1e392f0b). A code of the XML reader when the answer
+  // is not the settings; a server's refusal puts its text in errorString.
   virtual long GetHTTPProxySettings(App::GetHTTPProxySettingsReq& request,
                                     App::HTTPProxySettings& settings, std::string& errorString) = 0;
 

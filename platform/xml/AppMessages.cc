@@ -54,6 +54,36 @@ constexpr CNFieldLayout kProxyFields[] = {
 constexpr CNRecordLayout kProxyLayout{HTTPProxySettings::kTagName, kProxyFields,
                                       std::size(kProxyFields)};
 
+constexpr CNFieldLayout kLogParamFields[] = {
+    {LogMonitoringParam::kFieldType, kCNKindInt64, "type", nullptr},
+    {LogMonitoringParam::kFieldName, kCNKindString, "name", nullptr},
+    {LogMonitoringParam::kFieldValue, kCNKindString, "value", nullptr},
+};
+constexpr CNRecordLayout kLogParamLayout{"App::LogMonitoringParam", kLogParamFields,
+                                         std::size(kLogParamFields)};
+
+constexpr CNFieldLayout kLogParamsReqFields[] = {
+    {LogMonitoringParamsReq::kFieldEntityId, kCNKindInt64, "entityId", nullptr},
+    {LogMonitoringParamsReq::kFieldType, kCNKindInt64, "type", nullptr},
+};
+constexpr CNRecordLayout kLogParamsReqLayout{LogMonitoringParamsReq::kTagName, kLogParamsReqFields,
+                                             std::size(kLogParamsReqFields)};
+
+constexpr CNFieldLayout kLogParamsFields[] = {
+    {LogMonitoringParams::kFieldEntityId, kCNKindInt64, "entityId", nullptr},
+    {LogMonitoringParams::kFieldParams, kCNKindList, "params", &kLogParamLayout},
+};
+constexpr CNRecordLayout kLogParamsLayout{LogMonitoringParams::kTagName, kLogParamsFields,
+                                          std::size(kLogParamsFields)};
+
+constexpr CNFieldLayout kSetLogParamsFields[] = {
+    {SetLogMonitoringParams::kFieldEntityId, kCNKindInt64, "entityId", nullptr},
+    {SetLogMonitoringParams::kFieldAction, kCNKindInt64, "action", nullptr},
+    {SetLogMonitoringParams::kFieldParams, kCNKindList, "params", &kLogParamLayout},
+};
+constexpr CNRecordLayout kSetLogParamsLayout{SetLogMonitoringParams::kTagName, kSetLogParamsFields,
+                                             std::size(kSetLogParamsFields)};
+
 }  // namespace
 
 int ServerMessageCacheEntity::ToEntity(CNEntity* out) const {
@@ -101,5 +131,27 @@ int HTTPProxySettings::AddExclusion(const std::string& pattern) {
   if (int rc = entry.SetString(kExclusionFieldPattern, pattern); rc != kCNOk) return rc;
   return AddEntity(kFieldExclusions, std::move(entry));
 }
+
+// ---- Log monitoring ----
+
+int LogMonitoringParam::ToEntity(CNEntity* out) const {
+  out->Clear();
+  out->SetInt64(kFieldType, type);
+  if (int rc = out->SetString(kFieldName, name); rc != kCNOk) return rc;
+  return out->SetString(kFieldValue, value);
+}
+
+LogMonitoringParam LogMonitoringParam::FromEntity(const CNEntity& entity) {
+  return LogMonitoringParam{entity.GetInt64(kFieldType), entity.GetString(kFieldName),
+                            entity.GetString(kFieldValue)};
+}
+
+LogMonitoringParamsReq::LogMonitoringParamsReq()
+    : CNMessageBase(kTagId, kTagName, &kLogParamsReqLayout) {}
+
+LogMonitoringParams::LogMonitoringParams() : CNMessageBase(kTagId, kTagName, &kLogParamsLayout) {}
+
+SetLogMonitoringParams::SetLogMonitoringParams()
+    : CNMessageBase(kTagId, kTagName, &kSetLogParamsLayout) {}
 
 }  // namespace App

@@ -127,4 +127,84 @@ class HTTPProxySettings : public CNMessageBase {
   int AddExclusion(const std::string& pattern);
 };
 
+// ---- Log monitoring ----
+
+// One log-monitoring parameter: 1 type (integer, 0 to 2^32-1), 2 name, 3 value (texts).
+struct LogMonitoringParam {
+  static constexpr int kFieldType = 1;
+  static constexpr int kFieldName = 2;
+  static constexpr int kFieldValue = 3;
+
+  int64_t type = 0;
+  std::string name;
+  std::string value;
+
+  int ToEntity(CNEntity* out) const;
+  static LogMonitoringParam FromEntity(const CNEntity& entity);
+  bool operator==(const LogMonitoringParam&) const = default;
+};
+
+// Asks for the log-monitoring parameters of one monitored entity. Fields (integers, optional):
+// 1 entity id, 2 type (0: every type). Where the request travels with ids of its own (the
+// log-monitoring passthrough), an absent field takes the first id as the entity and the second
+// as the type.
+class LogMonitoringParamsReq : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x1e5b0a01;
+  static constexpr const char* kTagName = "App::LogMonitoringParamsReq";
+  static constexpr int kFieldEntityId = 1;
+  static constexpr int kFieldType = 2;
+
+  LogMonitoringParamsReq();
+
+  int64_t GetEntityId() const { return GetInt64(kFieldEntityId); }
+  int SetEntityId(int64_t id) { return SetInt64(kFieldEntityId, id); }
+  int64_t GetType() const { return GetInt64(kFieldType); }
+  int SetType(int64_t type) { return SetInt64(kFieldType, type); }
+};
+
+// The answer: 1 entity id (integer), 2 parameters (list of LogMonitoringParam), by type and name.
+class LogMonitoringParams : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x1e5b0a02;
+  static constexpr const char* kTagName = "App::LogMonitoringParams";
+  static constexpr int kFieldEntityId = 1;
+  static constexpr int kFieldParams = 2;
+
+  LogMonitoringParams();
+
+  int64_t GetEntityId() const { return GetInt64(kFieldEntityId); }
+  int SetEntityId(int64_t id) { return SetInt64(kFieldEntityId, id); }
+  int AddParam(const LogMonitoringParam& p) { return AddItem(kFieldParams, p); }
+  std::vector<LogMonitoringParam> GetParams() const {
+    return GetItems<LogMonitoringParam>(kFieldParams);
+  }
+};
+
+// Changes the log-monitoring parameters of one entity. Fields: 1 entity id (integer; absent:
+// the passthrough's first id), 2 action (integer, kAction*), 3 parameters (list of
+// LogMonitoringParam; a remove reads only type and name). Answered by the generic response.
+class SetLogMonitoringParams : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x1e5b0a03;
+  static constexpr const char* kTagName = "App::SetLogMonitoringParams";
+  static constexpr int kFieldEntityId = 1;
+  static constexpr int kFieldAction = 2;
+  static constexpr int kFieldParams = 3;
+  static constexpr int64_t kActionSet = 1;      // insert each, or replace its value
+  static constexpr int64_t kActionRemove = 2;   // remove each by type and name
+  static constexpr int64_t kActionReplace = 3;  // the list becomes the entity's whole set
+
+  SetLogMonitoringParams();
+
+  int64_t GetEntityId() const { return GetInt64(kFieldEntityId); }
+  int SetEntityId(int64_t id) { return SetInt64(kFieldEntityId, id); }
+  int64_t GetAction() const { return GetInt64(kFieldAction); }
+  int SetAction(int64_t action) { return SetInt64(kFieldAction, action); }
+  int AddParam(const LogMonitoringParam& p) { return AddItem(kFieldParams, p); }
+  std::vector<LogMonitoringParam> GetParams() const {
+    return GetItems<LogMonitoringParam>(kFieldParams);
+  }
+};
+
 }  // namespace App

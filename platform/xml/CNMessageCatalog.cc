@@ -28,14 +28,22 @@ constexpr CNMessageType Row() {
 // message stays here as a comment.
 constexpr CNMessageType kMessageTypes[] = {
     Row<KPGui::AlertEvAlertExList>(),            // 0x0100001f
+    Row<KPGui::AlertListReq>(),                  // 0x01000020
+    Row<KPGui::AlertListResp>(),                 // 0x01000021
+    Row<KPGui::AlertAckReq>(),                   // 0x01000022
     Row<KPGui::AlertResponse>(),                 // 0x010003f0
     Row<KPGui::AlertSRMAdvisoryTypeListReq>(),   // 0x010003f6
     Row<KPGui::AlertSRMAdvisoryTypeListResp>(),  // 0x010003f7
+    Row<KPGui::SRMAdvisoryListReq>(),            // 0x010003f8
+    Row<KPGui::SRMAdvisoryListResp>(),           // 0x010003f9
     Row<KPGui::SyncSRMClientAdvisories>(),       // 0x010003fc
     Row<KPGui::SyncSRMSourceAdvisories>(),       // 0x010003fd
     Row<KPGui::ControlSRMAdvisories>(),          // 0x010003fe
     Row<App::GetHTTPProxySettingsReq>(),         // 0x1e392f0b
     Row<App::HTTPProxySettings>(),               // 0x1e392f0c
+    Row<App::LogMonitoringParamsReq>(),          // 0x1e5b0a01
+    Row<App::LogMonitoringParams>(),             // 0x1e5b0a02
+    Row<App::SetLogMonitoringParams>(),          // 0x1e5b0a03
     Row<App::GetDataInPreInstallModeReq>(),      // 0x1ea717cf
     Row<App::GetDataInPreInstallModeResp>(),     // 0x1ea717d0
     Row<App::EnableAppServerCacheResp>(),        // 0x1ea717d1

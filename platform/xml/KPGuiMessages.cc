@@ -89,6 +89,76 @@ constexpr CNFieldLayout kTypeListRespFields[] = {
 constexpr CNRecordLayout kTypeListRespLayout{AlertSRMAdvisoryTypeListResp::kTagName,
                                              kTypeListRespFields, std::size(kTypeListRespFields)};
 
+constexpr CNFieldLayout kAlertListReqFields[] = {
+    {AlertListReq::kFieldClientId, kCNKindInt64, "clientId", nullptr},
+    {AlertListReq::kFieldUnacknowledgedOnly, kCNKindInt64, "unacknowledgedOnly", nullptr},
+    {AlertListReq::kFieldLimit, kCNKindInt64, "limit", nullptr},
+};
+constexpr CNRecordLayout kAlertListReqLayout{AlertListReq::kTagName, kAlertListReqFields,
+                                             std::size(kAlertListReqFields)};
+
+constexpr CNFieldLayout kAlertRecordFields[] = {
+    {AlertRecord::kFieldAlertId, kCNKindInt64, "alertId", nullptr},
+    {AlertRecord::kFieldSeverity, kCNKindInt64, "severity", nullptr},
+    {AlertRecord::kFieldClientId, kCNKindInt64, "clientId", nullptr},
+    {AlertRecord::kFieldClientName, kCNKindString, "clientName", nullptr},
+    {AlertRecord::kFieldReceived, kCNKindInt64, "received", nullptr},
+    {AlertRecord::kFieldText, kCNKindString, "text", nullptr},
+    {AlertRecord::kFieldAlertType, kCNKindInt64, "alertType", nullptr},
+    {AlertRecord::kFieldRaised, kCNKindInt64, "raised", nullptr},
+    {AlertRecord::kFieldAcknowledged, kCNKindInt64, "acknowledged", nullptr},
+    {AlertRecord::kFieldAcknowledgedBy, kCNKindString, "acknowledgedBy", nullptr},
+    {AlertRecord::kFieldSource, kCNKindInt64, "source", nullptr},
+    {AlertRecord::kFieldDetails, kCNKindString, "details", nullptr},
+};
+constexpr CNRecordLayout kAlertRecordLayout{"KPGui::AlertRecord", kAlertRecordFields,
+                                            std::size(kAlertRecordFields)};
+
+constexpr CNFieldLayout kAlertListRespFields[] = {
+    {AlertListResp::kFieldAlerts, kCNKindList, "alerts", &kAlertRecordLayout},
+};
+constexpr CNRecordLayout kAlertListRespLayout{AlertListResp::kTagName, kAlertListRespFields,
+                                              std::size(kAlertListRespFields)};
+
+constexpr CNFieldLayout kAlertAckEntryFields[] = {
+    {AlertAckReq::kAlertFieldId, kCNKindInt64, "alertId", nullptr},
+};
+constexpr CNRecordLayout kAlertAckEntryLayout{"KPGui::AlertAckReq.alert", kAlertAckEntryFields,
+                                              std::size(kAlertAckEntryFields)};
+
+constexpr CNFieldLayout kAlertAckFields[] = {
+    {AlertAckReq::kFieldAlerts, kCNKindList, "alerts", &kAlertAckEntryLayout},
+    {AlertAckReq::kFieldBy, kCNKindString, "by", nullptr},
+};
+constexpr CNRecordLayout kAlertAckLayout{AlertAckReq::kTagName, kAlertAckFields,
+                                         std::size(kAlertAckFields)};
+
+constexpr CNFieldLayout kAdvisoryListReqFields[] = {
+    {SRMAdvisoryListReq::kFieldClientId, kCNKindInt64, "clientId", nullptr},
+    {SRMAdvisoryListReq::kFieldSourceName, kCNKindString, "sourceName", nullptr},
+};
+constexpr CNRecordLayout kAdvisoryListReqLayout{SRMAdvisoryListReq::kTagName,
+                                                kAdvisoryListReqFields,
+                                                std::size(kAdvisoryListReqFields)};
+
+constexpr CNFieldLayout kAdvisoryEntryFields[] = {
+    {SRMAdvisoryEntry::kFieldAdvisoryId, kCNKindInt64, "advisoryId", nullptr},
+    {SRMAdvisoryEntry::kFieldType, kCNKindInt64, "type", nullptr},
+    {SRMAdvisoryEntry::kFieldTitle, kCNKindString, "title", nullptr},
+    {SRMAdvisoryEntry::kFieldClientId, kCNKindInt64, "clientId", nullptr},
+    {SRMAdvisoryEntry::kFieldState, kCNKindInt64, "state", nullptr},
+    {SRMAdvisoryEntry::kFieldSourceName, kCNKindString, "sourceName", nullptr},
+};
+constexpr CNRecordLayout kAdvisoryEntryLayout{"KPGui::SRMAdvisoryEntry", kAdvisoryEntryFields,
+                                              std::size(kAdvisoryEntryFields)};
+
+constexpr CNFieldLayout kAdvisoryListRespFields[] = {
+    {SRMAdvisoryListResp::kFieldAdvisories, kCNKindList, "advisories", &kAdvisoryEntryLayout},
+};
+constexpr CNRecordLayout kAdvisoryListRespLayout{SRMAdvisoryListResp::kTagName,
+                                                 kAdvisoryListRespFields,
+                                                 std::size(kAdvisoryListRespFields)};
+
 // Fills `out` from integer and text fields; the first refused text decides the result.
 int Fill(CNEntity* out, std::initializer_list<std::pair<int, int64_t>> numbers,
          std::initializer_list<std::pair<int, const std::string*>> texts) {
@@ -188,5 +258,79 @@ AlertSRMAdvisoryTypeListReq::AlertSRMAdvisoryTypeListReq()
 
 AlertSRMAdvisoryTypeListResp::AlertSRMAdvisoryTypeListResp()
     : CNMessageBase(kTagId, kTagName, &kTypeListRespLayout) {}
+
+// ---- Stored alerts and advisories ----
+
+AlertListReq::AlertListReq() : CNMessageBase(kTagId, kTagName, &kAlertListReqLayout) {}
+
+int AlertRecord::ToEntity(CNEntity* out) const {
+  return Fill(out,
+              {{kFieldAlertId, alertId},
+               {kFieldSeverity, severity},
+               {kFieldClientId, clientId},
+               {kFieldReceived, received},
+               {kFieldAlertType, alertType},
+               {kFieldRaised, raised},
+               {kFieldAcknowledged, acknowledged},
+               {kFieldSource, source}},
+              {{kFieldClientName, &clientName},
+               {kFieldText, &text},
+               {kFieldAcknowledgedBy, &acknowledgedBy},
+               {kFieldDetails, &details}});
+}
+
+AlertRecord AlertRecord::FromEntity(const CNEntity& e) {
+  AlertRecord r;
+  r.alertId = e.GetInt64(kFieldAlertId);
+  r.severity = e.GetInt64(kFieldSeverity);
+  r.clientId = e.GetInt64(kFieldClientId);
+  r.clientName = e.GetString(kFieldClientName);
+  r.received = e.GetInt64(kFieldReceived);
+  r.text = e.GetString(kFieldText);
+  r.alertType = e.GetInt64(kFieldAlertType);
+  r.raised = e.GetInt64(kFieldRaised);
+  r.acknowledged = e.GetInt64(kFieldAcknowledged);
+  r.acknowledgedBy = e.GetString(kFieldAcknowledgedBy);
+  r.source = e.GetInt64(kFieldSource);
+  r.details = e.GetString(kFieldDetails);
+  return r;
+}
+
+AlertListResp::AlertListResp() : CNMessageBase(kTagId, kTagName, &kAlertListRespLayout) {}
+
+AlertAckReq::AlertAckReq() : CNMessageBase(kTagId, kTagName, &kAlertAckLayout) {}
+
+std::vector<int64_t> AlertAckReq::GetAlertIds() const {
+  std::vector<int64_t> ids;
+  for (const CNEntity& entry : GetList(kFieldAlerts)) ids.push_back(entry.GetInt64(kAlertFieldId));
+  return ids;
+}
+
+int AlertAckReq::AddAlertId(int64_t id) {
+  CNEntity entry;
+  entry.SetInt64(kAlertFieldId, id);
+  return AddEntity(kFieldAlerts, std::move(entry));
+}
+
+SRMAdvisoryListReq::SRMAdvisoryListReq()
+    : CNMessageBase(kTagId, kTagName, &kAdvisoryListReqLayout) {}
+
+int SRMAdvisoryEntry::ToEntity(CNEntity* out) const {
+  return Fill(out,
+              {{kFieldAdvisoryId, advisoryId},
+               {kFieldType, type},
+               {kFieldClientId, clientId},
+               {kFieldState, state}},
+              {{kFieldTitle, &title}, {kFieldSourceName, &sourceName}});
+}
+
+SRMAdvisoryEntry SRMAdvisoryEntry::FromEntity(const CNEntity& e) {
+  return SRMAdvisoryEntry{e.GetInt64(kFieldAdvisoryId), e.GetInt64(kFieldType),
+                          e.GetString(kFieldTitle),     e.GetInt64(kFieldClientId),
+                          e.GetInt64(kFieldState),      e.GetString(kFieldSourceName)};
+}
+
+SRMAdvisoryListResp::SRMAdvisoryListResp()
+    : CNMessageBase(kTagId, kTagName, &kAdvisoryListRespLayout) {}
 
 }  // namespace KPGui

@@ -231,4 +231,158 @@ class AlertSRMAdvisoryTypeListResp : public CNMessageBase {
   std::vector<SRMAdvisoryType> GetTypes() const { return GetItems<SRMAdvisoryType>(kFieldTypes); }
 };
 
+// ---- What the App Manager holds: stored alerts and advisories ----
+
+// Asks for the alerts the App Manager has received. Fields (integers, all optional): 1 client id
+// (0 or absent: every client), 2 unacknowledged only (1) or all (0), 3 limit: the most recent
+// so many (0 or absent: all).
+class AlertListReq : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x01000020;
+  static constexpr const char* kTagName = "KPGui::AlertListReq";
+  static constexpr int kFieldClientId = 1;
+  static constexpr int kFieldUnacknowledgedOnly = 2;
+  static constexpr int kFieldLimit = 3;
+
+  AlertListReq();
+
+  int64_t GetClientId() const { return GetInt64(kFieldClientId); }
+  int SetClientId(int64_t id) { return SetInt64(kFieldClientId, id); }
+  bool GetUnacknowledgedOnly() const { return GetInt64(kFieldUnacknowledgedOnly) != 0; }
+  int SetUnacknowledgedOnly(bool only) { return SetInt64(kFieldUnacknowledgedOnly, only ? 1 : 0); }
+  int64_t GetLimit() const { return GetInt64(kFieldLimit); }
+  int SetLimit(int64_t limit) { return SetInt64(kFieldLimit, limit); }
+};
+
+// One stored alert. Fields: 1 alert id (the App Manager's own), 2 severity, 3 client id,
+// 4 client name (text), 5 time received, 6 text (text), 7 alert type, 8 time raised as the
+// sender gave it (0: it gave none), 9 time acknowledged (0: not acknowledged), 10 who
+// acknowledged it (text), 11 how it arrived (kSourceRecord or kSourceXml), 12 every field the
+// sender gave, as a JSON object (text). Unnamed kinds are integers; times are seconds since
+// 1970-01-01 UTC.
+struct AlertRecord {
+  static constexpr int kFieldAlertId = 1;
+  static constexpr int kFieldSeverity = 2;
+  static constexpr int kFieldClientId = 3;
+  static constexpr int kFieldClientName = 4;
+  static constexpr int kFieldReceived = 5;
+  static constexpr int kFieldText = 6;
+  static constexpr int kFieldAlertType = 7;
+  static constexpr int kFieldRaised = 8;
+  static constexpr int kFieldAcknowledged = 9;
+  static constexpr int kFieldAcknowledgedBy = 10;
+  static constexpr int kFieldSource = 11;
+  static constexpr int kFieldDetails = 12;
+  static constexpr int64_t kSourceRecord = 1;  // the binary alert record
+  static constexpr int64_t kSourceXml = 2;     // an entry of KPGui::AlertEvAlertExList
+
+  int64_t alertId = 0;
+  int64_t severity = 0;
+  int64_t clientId = 0;
+  std::string clientName;
+  int64_t received = 0;
+  std::string text;
+  int64_t alertType = 0;
+  int64_t raised = 0;
+  int64_t acknowledged = 0;
+  std::string acknowledgedBy;
+  int64_t source = 0;
+  std::string details;
+
+  int ToEntity(CNEntity* out) const;
+  static AlertRecord FromEntity(const CNEntity& entity);
+  bool operator==(const AlertRecord&) const = default;
+};
+
+// The answer: field 1 lists the alerts (AlertRecord), oldest first.
+class AlertListResp : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x01000021;
+  static constexpr const char* kTagName = "KPGui::AlertListResp";
+  static constexpr int kFieldAlerts = 1;
+
+  AlertListResp();
+
+  int AddAlert(const AlertRecord& alert) { return AddItem(kFieldAlerts, alert); }
+  std::vector<AlertRecord> GetAlerts() const { return GetItems<AlertRecord>(kFieldAlerts); }
+};
+
+// Acknowledges stored alerts. Fields: 1 alerts (list; each entry's field 1 is an alert id),
+// 2 who acknowledges (text; absent or empty: the client the request comes from). Answered by
+// the generic response.
+class AlertAckReq : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x01000022;
+  static constexpr const char* kTagName = "KPGui::AlertAckReq";
+  static constexpr int kFieldAlerts = 1;
+  static constexpr int kFieldBy = 2;
+  static constexpr int kAlertFieldId = 1;
+
+  AlertAckReq();
+
+  std::vector<int64_t> GetAlertIds() const;
+  int AddAlertId(int64_t id);
+  const std::string& GetBy() const { return GetString(kFieldBy); }
+  int SetBy(const std::string& by) { return SetString(kFieldBy, by); }
+};
+
+// Asks for the stored advisories. Fields (optional): 1 client id (integer): the advisories that
+// apply to that client (0 or absent: to every client); 2 source name (text): when set, the
+// advisories that source published instead.
+class SRMAdvisoryListReq : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x010003f8;
+  static constexpr const char* kTagName = "KPGui::SRMAdvisoryListReq";
+  static constexpr int kFieldClientId = 1;
+  static constexpr int kFieldSourceName = 2;
+
+  SRMAdvisoryListReq();
+
+  int64_t GetClientId() const { return GetInt64(kFieldClientId); }
+  int SetClientId(int64_t id) { return SetInt64(kFieldClientId, id); }
+  const std::string& GetSourceName() const { return GetString(kFieldSourceName); }
+  int SetSourceName(const std::string& name) { return SetString(kFieldSourceName, name); }
+};
+
+// One stored advisory. Fields: 1 advisory id, 2 advisory type (integers), 3 title (text),
+// 4 client id, 5 state (kState*; both 0 for an advisory of a source) (integers), 6 source name
+// (text; empty for an advisory of a client).
+struct SRMAdvisoryEntry {
+  static constexpr int kFieldAdvisoryId = 1;
+  static constexpr int kFieldType = 2;
+  static constexpr int kFieldTitle = 3;
+  static constexpr int kFieldClientId = 4;
+  static constexpr int kFieldState = 5;
+  static constexpr int kFieldSourceName = 6;
+  static constexpr int64_t kStateEnabled = 1;
+  static constexpr int64_t kStateDisabled = 2;
+  static constexpr int64_t kStateAcknowledged = 3;
+
+  int64_t advisoryId = 0;
+  int64_t type = 0;
+  std::string title;
+  int64_t clientId = 0;
+  int64_t state = 0;
+  std::string sourceName;
+
+  int ToEntity(CNEntity* out) const;
+  static SRMAdvisoryEntry FromEntity(const CNEntity& entity);
+  bool operator==(const SRMAdvisoryEntry&) const = default;
+};
+
+// The answer: field 1 lists the advisories (SRMAdvisoryEntry).
+class SRMAdvisoryListResp : public CNMessageBase {
+ public:
+  static constexpr unsigned long kTagId = 0x010003f9;
+  static constexpr const char* kTagName = "KPGui::SRMAdvisoryListResp";
+  static constexpr int kFieldAdvisories = 1;
+
+  SRMAdvisoryListResp();
+
+  int AddAdvisory(const SRMAdvisoryEntry& a) { return AddItem(kFieldAdvisories, a); }
+  std::vector<SRMAdvisoryEntry> GetAdvisories() const {
+    return GetItems<SRMAdvisoryEntry>(kFieldAdvisories);
+  }
+};
+
 }  // namespace KPGui

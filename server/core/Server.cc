@@ -113,6 +113,11 @@ void Server::HandleXml(unsigned long tagId, XmlHandler handler) {
   xml_[tagId] = std::move(handler);
 }
 
+void Server::HandleUnknownXml(XmlHandler handler) {
+  std::unique_lock lock(handlersMutex_);
+  unknownXml_ = std::move(handler);
+}
+
 void Server::SetHelloPolicy(HelloPolicy policy) {
   std::unique_lock lock(handlersMutex_);
   helloPolicy_ = std::move(policy);
@@ -349,6 +354,8 @@ void Server::Serve(std::shared_ptr<Connection> c) {
         }
       }
       if (e) {
+        // An oversized frame is not read; the peer is told why before the connection closes.
+        if (e.GetErrorCode() == kKpErrLimit) SendError(*c, kpsHostProtocolHeader{}, kKpErrLimit, e.Text());
         if (e.GetErrorCode() != kKpErrDisconnected || stopping_) {
           EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu closed: %s",
                                    static_cast<unsigned long long>(c->info.id), e.AsString().c_str());
@@ -472,16 +479,22 @@ bool Server::Xml(Connection& c, const kpsHostProtocolHeader& h, const uint8_t* p
                  size_t length) {
   Count(h.msgId);
   int err = 0;
+  std::string why;
   std::unique_ptr<CNMessageBase> request =
-      CNMessageBase::FromXml(reinterpret_cast<const char*>(payload), length, &err);
+      CNMessageBase::FromXml(reinterpret_cast<const char*>(payload), length, &err, &why);
   if (!request) {
-    return SendError(c, h, kKpErrProtocol, "the XML request could not be read (" + std::to_string(err) + ")");
+    return SendError(c, h, kKpErrProtocol,
+                     "the XML request could not be read (" + std::to_string(err) + "): " + why);
   }
   XmlHandler handler;
   {
     std::shared_lock lock(handlersMutex_);
     auto it = xml_.find(request->getTagId());
-    if (it != xml_.end()) handler = it->second;
+    if (it != xml_.end()) {
+      handler = it->second;
+    } else {
+      handler = unknownXml_;
+    }
   }
   if (!handler) {
     char why[96];

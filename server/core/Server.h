@@ -10,8 +10,10 @@
 // - an unknown message, or a request that does not decode, gets an error frame and the
 //   connection goes on; a known message without a handler gets its response record with an
 //   error in the header;
-// - a frame above the size limit, bytes that are not a frame, or a second hello close the
-//   connection;
+// - a frame above the size limit is answered with an error frame (kKpErrLimit) and closes the
+//   connection, unread; bytes that are not a frame, or a second hello, close it;
+// - an XML request that does not read gets an error frame naming what is wrong; one whose tag
+//   has no handler goes to the unknown-tag handler when one is set, else gets an error frame;
 // - a connection silent for idleTimeoutSeconds between frames, or slower than
 //   frameTimeoutSeconds to deliver a frame it started, is closed;
 // - above maxConnections, new connections are refused in their hello;
@@ -155,6 +157,8 @@ class Server {
               });
   }
   void HandleXml(unsigned long tagId, XmlHandler handler);
+  // Answers the XML requests whose tag has no handler of its own.
+  void HandleUnknownXml(XmlHandler handler);
   void SetHelloPolicy(HelloPolicy policy);
   void SetFileStoredHook(FileStoredHook hook);
 
@@ -195,6 +199,7 @@ class Server {
   // function (which would allocate on every request).
   std::map<const wire::MessageRow*, std::shared_ptr<const BinaryHandler>> binary_;
   std::map<unsigned long, XmlHandler> xml_;
+  XmlHandler unknownXml_;
   HelloPolicy helloPolicy_;
   FileStoredHook fileStored_;
 

@@ -13,6 +13,7 @@
 #include "server/handlers/InstanceHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 #include "server/handlers/SubclientHandlers.h"
+#include "server/handlers/XmlHandlers.h"
 
 namespace appmgr::server {
 
@@ -46,6 +47,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterAppTypeHandlers(server, store);
 
   // alerts, XML routing, log monitoring, certificates
+  RegisterAlertAndXmlHandlers(server, store);
 
   // snapshot records, mailbox delegates, file transfer
 }

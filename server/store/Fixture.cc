@@ -90,6 +90,12 @@ class Loader {
   // Subclients.
   void SubclientSettings(const json& j, const std::string& path);
   void FileTypeExtension(const json& j, const std::string& path);
+  // Alerts, advisories and log monitoring.
+  void AdvisoryType(const json& j, const std::string& path);
+  void SourceAdvisory(const json& j, const std::string& path);
+  void ClientAdvisory(const json& j, const std::string& path);
+  void LogMonitoringParam(const json& j, const std::string& path);
+  void Alert(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
   const std::string source_;
@@ -263,7 +269,8 @@ CLmError Loader::Load(const json& root) {
               {"format", "domain", "appTypes", "clients", "clientGroups", "instances", "backupSets",
                "properties", "globalParams", "appProperties", "preparedCache", "providers",
                "clouds", "domainClients", "asmInstances", "appIds", "subclientSettings",
-               "fileTypeExtensions"})) {
+               "fileTypeExtensions", "advisoryTypes", "sourceAdvisories", "clientAdvisories",
+               "logMonitoringParams", "alerts"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -301,6 +308,15 @@ CLmError Loader::Load(const json& root) {
           [&](const json& j, const std::string& p) { SubclientSettings(j, p); });
   ForEach(root, "", "fileTypeExtensions",
           [&](const json& j, const std::string& p) { FileTypeExtension(j, p); });
+  ForEach(root, "", "advisoryTypes",
+          [&](const json& j, const std::string& p) { AdvisoryType(j, p); });
+  ForEach(root, "", "sourceAdvisories",
+          [&](const json& j, const std::string& p) { SourceAdvisory(j, p); });
+  ForEach(root, "", "clientAdvisories",
+          [&](const json& j, const std::string& p) { ClientAdvisory(j, p); });
+  ForEach(root, "", "logMonitoringParams",
+          [&](const json& j, const std::string& p) { LogMonitoringParam(j, p); });
+  ForEach(root, "", "alerts", [&](const json& j, const std::string& p) { Alert(j, p); });
   return error_;
 }
 
@@ -894,6 +910,76 @@ CLmError LoadFixtureFile(Store& store, const std::string& path) {
     return CLmError::FromErrno(kKpErrIo, errno, "reading fixture " + path);
   }
   return LoadFixtureText(store, text, path);
+}
+
+void Loader::AdvisoryType(const json& j, const std::string& path) {
+  if (!Object(j, path, {"id", "name", "description"})) return;
+  Statement st =
+      txn_.Prepare("INSERT INTO advisory_types (id, name, description) VALUES (?1, ?2, ?3)");
+  st.BindInt(1, I64(j, path, "id")).BindText(2, Text(j, path, "name", true));
+  st.BindText(3, Text(j, path, "description"));
+  Run(st, path);
+}
+
+void Loader::SourceAdvisory(const json& j, const std::string& path) {
+  if (!Object(j, path, {"source", "id", "type", "title"})) return;
+  Statement st = txn_.Prepare(
+      "INSERT INTO source_advisories (advisory_id, source, position, type, title)"
+      " VALUES (?1, ?2, (SELECT count(*) FROM source_advisories WHERE source = ?2), ?3, ?4)");
+  st.BindInt(1, I64(j, path, "id")).BindText(2, Text(j, path, "source", true));
+  st.BindInt(3, I64(j, path, "type")).BindText(4, Text(j, path, "title"));
+  Run(st, path);
+}
+
+void Loader::ClientAdvisory(const json& j, const std::string& path) {
+  if (!Object(j, path, {"client", "id", "type", "title", "state"})) return;
+  uint64_t client = U64(j, path, "client", true);
+  Require(EntityKind::kClient, client, path);
+  Statement st = txn_.Prepare(
+      "INSERT INTO client_advisories (client_id, advisory_id, type, title, state)"
+      " VALUES (?1, ?2, ?3, ?4, ?5)");
+  st.BindU64(1, client).BindInt(2, I64(j, path, "id")).BindInt(3, I64(j, path, "type"));
+  st.BindText(4, Text(j, path, "title"));
+  st.BindInt(5, j.contains("state") ? I64(j, path, "state") : 1);
+  Run(st, path);
+}
+
+void Loader::LogMonitoringParam(const json& j, const std::string& path) {
+  if (!Object(j, path, {"entity", "type", "name", "value"})) return;
+  Statement st = txn_.Prepare(
+      "INSERT INTO log_monitoring_params (entity_id, type, name, value) VALUES (?1, ?2, ?3, ?4)");
+  st.BindU64(1, U64(j, path, "entity", true)).BindU64(2, U64(j, path, "type"));
+  st.BindText(3, Text(j, path, "name", true)).BindText(4, Text(j, path, "value"));
+  Run(st, path);
+}
+
+void Loader::Alert(const json& j, const std::string& path) {
+  if (!Object(j, path, {"time", "clientId", "clientName", "severity", "type", "text",
+                        "acknowledgedAt", "acknowledgedBy"})) {
+    return;
+  }
+  const int64_t time = I64(j, path, "time");
+  const int64_t client = I64(j, path, "clientId");
+  const int64_t severity = I64(j, path, "severity");
+  const int64_t acknowledged = I64(j, path, "acknowledgedAt");
+  if (client != 0) Require(EntityKind::kClient, static_cast<uint64_t>(client), path);
+  if (ok() && (severity < 0 || severity > 4)) {
+    Fail(path, kStoreErrInvalidArgument, "'severity' must be 0 to 4");
+    return;
+  }
+  // As an entry of an XML alert list would be stored: raised and received at `time`, named
+  // after its client unless it names itself.
+  Statement st = txn_.Prepare(
+      "INSERT INTO alerts (source, received_at, raised_at, alert_type, severity, client_id,"
+      " client_name, text, details, acknowledged_at, acknowledged_by)"
+      " VALUES (2, ?1, ?1, ?2, ?3, ?4,"
+      " coalesce(nullif(?5, ''), (SELECT name FROM clients WHERE id = ?4), ''), ?6, ?7,"
+      " nullif(?8, 0), ?9)");
+  st.BindInt(1, time).BindInt(2, I64(j, path, "type")).BindInt(3, severity);
+  st.BindInt(4, client).BindText(5, Text(j, path, "clientName"));
+  st.BindText(6, Text(j, path, "text")).BindText(7, j.dump()).BindInt(8, acknowledged);
+  st.BindText(9, Text(j, path, "acknowledgedBy"));
+  Run(st, path);
 }
 
 }  // namespace appmgr::server

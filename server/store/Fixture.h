@@ -39,6 +39,15 @@
 //                    entity tree; backupHost is a client (none: the subclient's own), a pair a
 //                    replication pair of the subclient's backup set
 //   fileTypeExtensions {fileType, extensions}
+//   advisoryTypes   {id, name, description}
+//   sourceAdvisories {source, id, type, title}: advisories a source published, in its order
+//   clientAdvisories {client, id, type, title, state}: an advisory that applies to a client;
+//                   state 1 enabled (the default), 2 disabled, 3 acknowledged
+//   logMonitoringParams {entity, type, name, value}
+//   alerts          {time, clientId, clientName, severity, type, text, acknowledgedAt,
+//                   acknowledgedBy}: an alert as received from an XML alert list at `time`
+//                   (seconds since 1970-01-01 UTC); clientId 0 or a client; severity 0 to 4;
+//                   acknowledgedAt 0 (the default) leaves it unacknowledged
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

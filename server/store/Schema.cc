@@ -483,6 +483,59 @@ CREATE TABLE dc_volume_properties (
 ) STRICT, WITHOUT ROWID;
 )sql";
 
+// Migration 7: what alerts, advisories and log monitoring keep beyond the entity tree. An alert
+// gains the columns it is listed and acknowledged by; advisories are kept per source (the feed
+// that published them) and per client (those that apply to it, each with its state); log-
+// monitoring parameters are values by (entity, type, name).
+constexpr const char* kMigrationAlertsAndMonitoring = R"sql(
+-- source: 1 the binary alert record, 2 an entry of an XML alert list. raised_at is the time the
+-- sender gave (0: none); acknowledged_at is NULL until the alert is acknowledged.
+ALTER TABLE alerts ADD COLUMN source INTEGER NOT NULL DEFAULT 1 CHECK (source IN (1, 2));
+ALTER TABLE alerts ADD COLUMN severity INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE alerts ADD COLUMN client_name TEXT NOT NULL DEFAULT '';
+ALTER TABLE alerts ADD COLUMN text TEXT NOT NULL DEFAULT '';
+ALTER TABLE alerts ADD COLUMN raised_at INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE alerts ADD COLUMN acknowledged_at INTEGER;
+ALTER TABLE alerts ADD COLUMN acknowledged_by TEXT NOT NULL DEFAULT '';
+CREATE INDEX alerts_by_client ON alerts(client_id);
+CREATE INDEX alerts_unacknowledged ON alerts(id) WHERE acknowledged_at IS NULL;
+
+CREATE TABLE advisory_types (
+  id          INTEGER PRIMARY KEY,
+  name        TEXT NOT NULL UNIQUE CHECK (name <> ''),
+  description TEXT NOT NULL DEFAULT ''
+) STRICT;
+
+-- An advisory as its source published it. An advisory id belongs to one source at a time.
+CREATE TABLE source_advisories (
+  advisory_id INTEGER PRIMARY KEY,
+  source      TEXT NOT NULL CHECK (source <> ''),
+  position    INTEGER NOT NULL CHECK (position >= 0),
+  type        INTEGER NOT NULL,
+  title       TEXT NOT NULL,
+  UNIQUE (source, position)
+) STRICT;
+
+-- An advisory that applies to a client. state: 1 enabled, 2 disabled, 3 acknowledged.
+CREATE TABLE client_advisories (
+  client_id   INTEGER NOT NULL REFERENCES clients(id) ON DELETE CASCADE,
+  advisory_id INTEGER NOT NULL,
+  type        INTEGER NOT NULL,
+  title       TEXT NOT NULL,
+  state       INTEGER NOT NULL DEFAULT 1 CHECK (state IN (1, 2, 3)),
+  PRIMARY KEY (client_id, advisory_id)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX client_advisories_by_advisory ON client_advisories(advisory_id);
+
+CREATE TABLE log_monitoring_params (
+  entity_id INTEGER NOT NULL,
+  type      INTEGER NOT NULL CHECK (type BETWEEN 0 AND 4294967295),
+  name      TEXT NOT NULL CHECK (name <> ''),
+  value     TEXT NOT NULL,
+  PRIMARY KEY (entity_id, type, name)
+) STRICT, WITHOUT ROWID;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
@@ -490,6 +543,7 @@ constexpr Migration kMigrations[] = {
     {4, "global parameters and application properties", kMigrationParams},
     {5, "subclients", kMigrationSubclients},
     {6, "instances and application types", kMigrationInstances},
+    {7, "alerts, advisories and log monitoring", kMigrationAlertsAndMonitoring},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

@@ -552,30 +552,6 @@ TEST_F(AdaptersListsTest, OperationsAnsweredLocallySendNothing) {
        [&](std::string& e) { return a.getAllClientNetHostName(ids, names, e, nullptr); }},
       {"lookupkeys", [&](std::string& e) { return a.lookupkeys(1, names, e, nullptr); }},
       {"updatekeys", [&](std::string& e) { return a.updatekeys(1, names, e, nullptr); }},
-      // The other families, until they are provided.
-      {"handleXMLReq", [&](std::string& e) { return a.handleXMLReq(1, 2, text, e, "", 0); }},
-      {"SendAlert(list)",
-       [&](std::string& e) {
-         KPGui::AlertEvAlertExList m;
-         return a.SendAlert(m, e);
-       }},
-      {"syncSRMClientAdvisories",
-       [&](std::string& e) {
-         KPGui::SyncSRMClientAdvisories m;
-         return a.syncSRMClientAdvisories(m, e);
-       }},
-      {"getSRMAdvisoryTypes",
-       [&](std::string& e) {
-         KPGui::AlertSRMAdvisoryTypeListReq q;
-         KPGui::AlertSRMAdvisoryTypeListResp r;
-         return a.getSRMAdvisoryTypes(q, r, e);
-       }},
-      {"GetHTTPProxySettings",
-       [&](std::string& e) {
-         App::GetHTTPProxySettingsReq q;
-         App::HTTPProxySettings s;
-         return static_cast<int>(a.GetHTTPProxySettings(q, s, e));
-       }},
   };
   std::vector<std::pair<const char*, std::function<int(std::string&)>>> silent = {
       {"getEntitiesList",

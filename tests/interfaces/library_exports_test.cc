@@ -19,6 +19,10 @@
 #include "appmgr/AppTypeInterface.h"
 #include "appmgr/InstInterface.h"
 #include "appmgr/SCInterface.h"
+#include "appmgr/CACertificateInterface.h"
+#include "appmgr/CertificateInterface.h"
+#include "appmgr/DaxBackupInterface.h"
+#include "appmgr/LogMonitorInterface.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -89,6 +93,7 @@ TEST_F(LibraryTest, TheFactoryMakesTheBackupSetInterfaceAndNullForOtherCodes) {
   auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
   EXPECT_EQ(get(0), nullptr);
   EXPECT_EQ(get(17), nullptr);
+  EXPECT_EQ(get(100), nullptr);
   EXPECT_EQ(get(-1), nullptr);
   auto* a = static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET));
   auto* b = static_cast<BSInterface*>(get(APPMGR_INTERFACE_BACKUP_SET));
@@ -151,6 +156,40 @@ TEST_F(LibraryTest, TheFactoryMakesWorkingClientAndApplicationIdInterfaces) {
   unsigned long group = 0;
   ASSERT_EQ(appIds->getIncrArchiveGroup(group, 21, err, nullptr), 0) << err;
   EXPECT_EQ(group, 42u);
+}
+
+TEST_F(LibraryTest, TheFactoryMakesWorkingPassthroughAndCertificateInterfaces) {
+  server_->On(appmgr::msg::kHandleLogMonitorXml, [](const HandleLogMonitorXMLReq& req,
+                                                    HandleLogMonitorXMLResp& resp,
+                                                    appmgr::server::Exchange& x) {
+    resp.xml = x.Text(std::string("log:") + req.xml + ":" + std::to_string(req.id1));
+  });
+  server_->On(appmgr::msg::kHandleDaxXml, [](const HandleDaxXMLReq& req, HandleDaxXMLResp& resp,
+                                             appmgr::server::Exchange& x) {
+    resp.hdr.errorCode = 4;
+    resp.xml = x.Text(std::string("dax:") + req.xml + ":" + std::to_string(req.id2));
+  });
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<LogMonitorInterface> logmon(static_cast<LogMonitorInterface*>(get(APPMGR_INTERFACE_LOG_MONITOR)));
+  std::unique_ptr<DaxBackupInterface> dax(static_cast<DaxBackupInterface*>(get(APPMGR_INTERFACE_DAX_BACKUP)));
+  std::unique_ptr<CACertificateInterface> ca(static_cast<CACertificateInterface*>(get(APPMGR_INTERFACE_CA_CERTIFICATE)));
+  std::unique_ptr<CertificateInterface> cert(static_cast<CertificateInterface*>(get(APPMGR_INTERFACE_CERTIFICATE)));
+  ASSERT_TRUE(logmon && dax && ca && cert);
+
+  std::string xml = "<q/>";
+  EXPECT_EQ(logmon->logMonitoringOperation(6, 0, xml), 0);
+  EXPECT_EQ(xml, "log:<q/>:6");
+  xml = "<r/>";
+  EXPECT_EQ(dax->handleXMLRequest(0, 9, xml), 4);
+  EXPECT_EQ(xml, "dax:<r/>:9");
+
+  std::string err;
+  _AppCACertificateInfo caInfo;
+  EXPECT_EQ(ca->lookup(caInfo, err, nullptr), -1);
+  EXPECT_EQ(err, "Feature Not Supported");
+  int count = 3;
+  EXPECT_EQ(cert->countActiveCertificates(0, 0, &count, nullptr), -1);
+  EXPECT_EQ(count, 3);
 }
 
 TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {

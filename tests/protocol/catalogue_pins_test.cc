@@ -40,6 +40,8 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/Subclient.inc"
 #include "tests/protocol/pins/Instance.inc"
 #include "tests/protocol/pins/AppType.inc"
+#include "tests/protocol/pins/Alerts.inc"
+#include "tests/protocol/pins/Xml.inc"
 };
 
 std::string Hex(uint32_t id) {

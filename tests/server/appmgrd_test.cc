@@ -227,7 +227,9 @@ TEST(Appmgrd, TheFrameLimitOptionClosesAConnectionThatSendsMore) {
   ASSERT_FALSE(session.SendXDRMessage(kBsUpdate.requestId, &out, 0, 10, timedOut));
   unsigned long id = kBsUpdate.responseId;
   CLmError e = session.ReceiveXDRMessage(&id, &in, nullptr, 0, 10, timedOut);
-  EXPECT_EQ(e.GetErrorCode(), kKpErrDisconnected) << e.AsString();
+  // The server says why before it closes: an error frame with the limit's code and reason.
+  EXPECT_EQ(e.GetErrorCode(), 1009) << e.AsString();
+  EXPECT_NE(e.AsString().find("exceeds the limit of 4096 bytes"), std::string::npos) << e.AsString();
   EXPECT_FALSE(timedOut);
 }
 

@@ -11,6 +11,7 @@
 #include "platform/net/CKpNetwork.h"
 #include "platform/net/ControlRecords.h"
 #include "platform/net/XdrCodec.h"
+#include "platform/xml/CNMessageBase.h"
 #include "protocol/Messages.h"
 #include "tests/support/RawPeer.h"
 #include "tests/support/ScriptServer.h"
@@ -255,6 +256,71 @@ TEST_F(CoreTest, StopIsCleanWithClientsConnectedAndRequestsInFlight) {
   server->Stop();
   EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
   for (auto& c : conns) EXPECT_TRUE(ClosedByServer(c, 2000));
+}
+
+// An XML request frame carrying `text` under `tag`.
+kpsHostProtocolHeader XmlHeader(uint64_t tag, uint32_t seq) {
+  kpsHostProtocolHeader h;
+  h.msgId = tag;
+  h.control = appmgr::net::MakeControl(FrameKind::kXml, false);
+  h.status = appmgr::net::MakeStatus(seq, 0);
+  return h;
+}
+
+TEST_F(CoreTest, XmlRequestsThatDoNotReadOrHaveNoHandlerAreAnsweredAndTheConnectionGoesOn) {
+  server_.core().HandleXml(0x0100abcd, [](const CNMessageBase& req, const appmgr::server::ConnectionInfo&) {
+    return std::make_unique<CNMessageBase>(req.getTagId() + 1);
+  });
+  FrameConn conn = Attached(server_);
+  auto exchange = [&](const std::string& text, uint32_t seq, std::string* reason) {
+    EXPECT_FALSE(conn.Write(XmlHeader(0x0100abcd, seq), text.data(), text.size(), Deadline::After(2000)));
+    kpsHostProtocolHeader h;
+    const uint8_t* p;
+    size_t n;
+    EXPECT_FALSE(conn.Read(&h, &p, &n, Deadline::After(2000), 65536));
+    EXPECT_EQ(appmgr::net::SequenceOf(h), seq);
+    if (appmgr::net::KindOf(h) == FrameKind::kError) {
+      appmgr::net::ReasonRecord r;
+      appmgr::wire::Arena a;
+      EXPECT_FALSE(appmgr::wire::DecodeRecord(p, n, r, a));
+      *reason = r.text ? r.text : "";
+      return static_cast<uint64_t>(appmgr::net::StatusOf(h));
+    }
+    *reason = std::string(reinterpret_cast<const char*>(p), n);
+    return h.msgId;
+  };
+  std::string reason;
+  EXPECT_EQ(exchange("<x tag=\"0x0100abcd\"><int n=\"1\">", 1, &reason), uint64_t{kKpErrProtocol});
+  EXPECT_NE(reason.find("the XML request could not be read (1101): "), std::string::npos) << reason;
+  EXPECT_EQ(exchange("<x tag=\"0x0100abce\"/>", 2, &reason), uint64_t{kKpErrNotSupported});
+  EXPECT_EQ(reason, "no handler for XML tag 0x0100abce here");
+  EXPECT_EQ(exchange("<x tag=\"0x0100abcd\"/>", 3, &reason), 0x0100abceu) << "still serving";
+
+  server_.core().HandleUnknownXml([](const CNMessageBase& req, const appmgr::server::ConnectionInfo&) {
+    return std::make_unique<CNMessageBase>(req.getTagId() + 0x100);
+  });
+  EXPECT_EQ(exchange("<x tag=\"0x0100abce\"/>", 4, &reason), 0x0100acceu);
+  EXPECT_EQ(reason, "<CNMessage tag=\"0x0100acce\"/>");
+}
+
+TEST_F(CoreTest, AFrameAboveTheLimitIsRefusedWithAReasonUnread) {
+  ScriptServer::Options o;
+  o.maxFrameBytes = 4096;
+  ScriptServer small(o);
+  FrameConn conn = Attached(small);
+  std::string big(5000, 'x');
+  ASSERT_FALSE(conn.Write(XmlHeader(0x0100abcd, 1), big.data(), big.size(), Deadline::After(2000)));
+  kpsHostProtocolHeader h;
+  const uint8_t* p;
+  size_t n;
+  ASSERT_FALSE(conn.Read(&h, &p, &n, Deadline::After(2000), 65536));
+  EXPECT_EQ(appmgr::net::KindOf(h), FrameKind::kError);
+  EXPECT_EQ(appmgr::net::StatusOf(h), kKpErrLimit);
+  appmgr::net::ReasonRecord r;
+  appmgr::wire::Arena a;
+  ASSERT_FALSE(appmgr::wire::DecodeRecord(p, n, r, a));
+  EXPECT_STREQ(r.text, "frame of 5000 bytes exceeds the limit of 4096 bytes");
+  EXPECT_TRUE(ClosedByServer(conn));
 }
 
 TEST_F(CoreTest, RestartKeepsThePortAndTheScripts) {

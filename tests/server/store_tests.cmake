@@ -5,6 +5,8 @@ appmgr_test(server_store_tests
           server/client_store_test.cc server/appid_store_test.cc server/content_store_test.cc
           server/params_store_test.cc server/subclient_store_test.cc
           server/apptype_store_test.cc
+          server/alert_store_test.cc server/advisory_store_test.cc
+          server/log_monitor_store_test.cc
   LIBS appmgr_store)
 # The fixture test loads the shipped demo fixture from the source tree.
 if(TARGET server_store_tests)

@@ -733,6 +733,7 @@ TEST_F(AppmgrctlTest, ClientQueriesAndApplicationIds) {
   CtlJson({"client", "remove-props", "4", "sSite", "--as-properties", "--strict"});
   EXPECT_EQ(CtlJson({"client", "props", "4"}),
             json::array({{{"name", "sNetworkThrottle"}, {"type", 1}, {"value", "0"}},
+                          {{"name", "nHTTPProxyEnabled"}, {"type", 1}, {"value", "0"}},
                           {{"name", "sRole"}, {"type", 0}, {"value", "replica"}}}));
 
   json id = CtlJson({"appid", "create", "--set", "number3=4", "--set", "text0=/srv/shares"});
@@ -780,3 +781,87 @@ TEST(AppmgrctlUsageTest, ClientAndApplicationIdRecordsAreCheckedBeforeTheLibrary
 }
 
 }  // namespace
+TEST_F(AppmgrctlTest, AlertsAdvisoriesAndLogMonitoringRoundTripThroughTheirCommands) {
+  CtlRun sent = Ctl({"alert", "send", "disk full", "--type", "12", "--client", "3"});
+  EXPECT_EQ(sent.status, 0) << sent.err;
+  EXPECT_EQ(sent.out, "FIELD   VALUE\nsent    true\ntype    12\nclient  3\n");
+  json alerts = CtlJson({"alert", "list", "--client", "3"});
+  ASSERT_EQ(alerts.size(), 2u);
+  EXPECT_EQ(alerts[1]["text"], "disk full");
+  EXPECT_EQ(alerts[1]["clientName"], "db01");
+  EXPECT_EQ(alerts[1]["severity"], "none");
+  EXPECT_EQ(alerts[0]["received"], "2023-11-14T22:13:20Z");
+  const int64_t id = alerts[1]["id"];
+  EXPECT_EQ(CtlJson({"alert", "ack", std::to_string(id), "--by", "ops"}),
+            (json{{"acknowledged", {id}}}));
+  json open = CtlJson({"alert", "list", "--unacknowledged"});
+  for (const json& a : open) EXPECT_NE(a["id"], id);
+
+  CtlJson({"advisory", "sync-client", "4", "9002:2:Compression", "9005:1:New one"});
+  CtlJson({"advisory", "control", "acknowledge", "9005", "--client", "4"});
+  EXPECT_EQ(CtlJson({"advisory", "list", "--client", "4"}),
+            json::parse(R"([{"id":9002,"type":2,"title":"Compression","client":4,"state":"enabled","source":""},
+                           {"id":9005,"type":1,"title":"New one","client":4,"state":"acknowledged","source":""}])"));
+  EXPECT_EQ(CtlJson({"advisory", "types", "--client", "3"}).size(), 2u);
+
+  CtlJson({"logmon", "set", "4", "2", "nKeep=5"});
+  EXPECT_EQ(CtlJson({"logmon", "list", "4"}),
+            json::parse(R"([{"type":1,"name":"sLogPath","value":"/var/log/messages"},
+                           {"type":2,"name":"nKeep","value":"5"}])"));
+  EXPECT_EQ(CtlJson({"logmon", "get", "4", "2", "nKeep"}),
+            (json{{"entity", 4}, {"type", 2}, {"name", "nKeep"}, {"value", "5"}}));
+
+  // Raw XML: the request's own tag is its message type; the answer is printed as it came.
+  CtlRun proxy = Ctl({"--json", "xml", "send", "-"},
+                     R"(<App.GetHTTPProxySettingsReq tag="0x1e392f0b"><str n="1">db01</str></App.GetHTTPProxySettingsReq>)");
+  ASSERT_EQ(proxy.status, 0) << proxy.err;
+  json answer = json::parse(proxy.out);
+  EXPECT_EQ(answer["type"], "0x1e392f0b");
+  EXPECT_TRUE(answer["answer"].get<std::string>().starts_with(
+      R"(<App.HTTPProxySettings tag="0x1e392f0c"><int n="1">1</int><str n="2">proxy.lab.example.net</str>)"))
+      << answer["answer"];
+  CtlRun agent = Ctl({"--json", "xml", "agent", "3", "0", "-"},
+                     R"(<KPGui.AlertListReq tag="0x01000020"><int n="3">1</int></KPGui.AlertListReq>)");
+  ASSERT_EQ(agent.status, 0) << agent.err;
+  EXPECT_TRUE(json::parse(agent.out)["answer"].get<std::string>().starts_with(
+      R"(<KPGui.AlertListResp tag="0x01000021">)"));
+}
+
+TEST_F(AppmgrctlTest, XmlFamilyFailuresExitWithTheServersCodeAndText) {
+  struct Case {
+    std::vector<std::string> args;
+    std::string input;
+    int status;
+    std::string err;
+  };
+  const Case cases[] = {
+      {{"alert", "send", "x", "--client", "99"}, "", 1, "error 1: client 99 does not exist\n"},
+      {{"alert", "ack", "99"}, "", 1, "error 1: alert 99 does not exist\n"},
+      {{"alert", "list", "--client", "99"}, "", 1, "error 1: client 99 does not exist\n"},
+      {{"advisory", "control", "remove", "9001", "--client", "4"}, "", 1,
+       "error 1: advisory 9001 does not apply to client 4\n"},
+      {{"advisory", "sync-source", "other", "9001:1:x"}, "", 1,
+       "error 2: advisory 9001 is published by source 'vendor-feed', not 'other'\n"},
+      // The parameter look-up gives no text: the status alone.
+      {{"logmon", "get", "3", "9", "nothing"}, "", 1, "error 1\n"},
+      {{"logmon", "remove", "3", "1", "nothing"}, "", 1,
+       "error 1: log-monitoring parameter 'nothing' of type 1 is not set for 3\n"},
+      {{"xml", "send", "-", "--type", "0x1e392f0b"}, "<<not xml", 1,
+       "error 3: the XML document could not be read (1101): "},
+      {{"xml", "send", "-"}, "<x tag=\"0x0badcafe\"/>", 1,
+       "error 1008: no handler for XML message type 0x0badcafe here\n"},
+      {{"xml", "send", "-"}, "no tag", 1, "error -1: - names no tag on its root; give --type\n"},
+      {{"xml", "agent", "99", "0", "-"}, "<x tag=\"0x01000020\"/>", 1,
+       "error 1: client 99 does not exist\n"},
+      {{"advisory", "sync-client", "4"}, "", 2, "appmgrctl: give ID:TYPE:TITLE advisories"},
+      {{"advisory", "sync-client", "4", "9:x:title"}, "", 2, "appmgrctl: "},
+  };
+  for (const Case& c : cases) {
+    CtlRun run = Ctl(c.args, c.input);
+    EXPECT_EQ(run.status, c.status) << Describe(c.args);
+    EXPECT_EQ(run.out, "") << Describe(c.args);
+    // Failures the server or the library report carry the program's prefix as well.
+    const std::string err = c.status == 1 ? "appmgrctl: " + c.err : c.err;
+    EXPECT_TRUE(run.err.starts_with(err)) << Describe(c.args) << ": " << run.err;
+  }
+}

@@ -35,6 +35,8 @@ CommandFamily DomainCommands();
 CommandFamily InstanceCommands();
 CommandFamily AppTypeCommands();
 
+CommandFamily AlertCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -60,6 +62,8 @@ struct Table {
     Add(DomainCommands());
     Add(InstanceCommands());
     Add(AppTypeCommands());
+
+    Add(AlertCommands());
 
     Add(GeneralCommands());
   }

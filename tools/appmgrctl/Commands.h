@@ -115,6 +115,27 @@ struct Args {
   long volumeSigned = 0;                   // apptype volume-prop --signed
 
   // Alerts, XML, log monitoring.
+  int alertType = 0;
+  int alertCriteria = 0;
+  int alertStatus = 0;
+  long alertClientId = 0;
+  std::string alertClientName;
+  unsigned long alertJob = 0;
+  unsigned long alertBackupSet = 0;
+  std::string alertFailureReason;
+  unsigned long alertListClient = 0;
+  bool alertUnacknowledged = false;
+  unsigned long alertLimit = 0;
+  std::string alertBy;
+  unsigned long xmlType = 0;   // 0: the document's own tag
+  unsigned long xmlRoute = 1;
+  unsigned long xmlValue = 0;
+  std::string xmlExtra;
+  unsigned long advisoryClient = 0;
+  std::string advisorySource;
+  std::string advisoryAction;
+  bool advisoryClear = false;
+  unsigned logType = 0;
 
   // Snapshots, mailbox delegates, file transfer.
 };
