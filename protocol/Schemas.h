@@ -4,3 +4,6 @@
 #include "protocol/schemas/BSSchemas.h"
 #include "protocol/schemas/GenericSchemas.h"
 #include "protocol/schemas/ListSchemas.h"
+#include "protocol/schemas/SnapInfoSchemas.h"
+#include "protocol/schemas/MailBoxDelegateSchemas.h"
+#include "protocol/schemas/FileContentSchemas.h"

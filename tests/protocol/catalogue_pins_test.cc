@@ -32,6 +32,9 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/EntityTree.inc"
 #include "tests/protocol/pins/BackupSet.inc"
 #include "tests/protocol/pins/Lists.inc"
+#include "tests/protocol/pins/SnapInfo.inc"
+#include "tests/protocol/pins/MailBoxDelegate.inc"
+#include "tests/protocol/pins/FileContent.inc"
 };
 
 std::string Hex(uint32_t id) {
