@@ -8,6 +8,8 @@
 #include "appmgr/AppMgrNet.h"
 #include "interfaces/BSInterfaceNet.h"
 #include "interfaces/Exchange.h"
+#include "interfaces/MailBoxDelegateInterfaceNet.h"
+#include "interfaces/SnapInfoInterfaceNet.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -40,6 +42,12 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
 
     case APPMGR_INTERFACE_BACKUP_SET:
       return static_cast<BSInterface*>(new BSInterfaceNet());
+
+    case APPMGR_INTERFACE_SNAP_INFO:
+      return static_cast<SnapInterface*>(new SnapInfoInterfaceNet());
+
+    case APPMGR_INTERFACE_MAILBOX_DELEGATE:
+      return static_cast<MailBoxDelegateInterface*>(new MailBoxDelegateInterfaceNet());
 
     default:
       // Unknown codes, and classes this build does not offer yet, are null.
