@@ -5,6 +5,7 @@
 #include "server/handlers/EntityTreeHandlers.h"
 #include "server/handlers/ListHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
+#include "server/handlers/SnapshotHandlers.h"
 
 namespace appmgr::server {
 
@@ -32,6 +33,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   // alerts, XML routing, log monitoring, certificates
 
   // snapshot records, mailbox delegates, file transfer
+  RegisterSnapshotHandlers(server, store);
 }
 
 }  // namespace appmgr::server
