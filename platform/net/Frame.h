@@ -49,9 +49,9 @@ enum class FrameKind : uint8_t {
   kXml = 5,           // an XML message, UTF-8 text
   kError = 6,         // server -> client: ReasonRecord, status = code; the request was not served
   kFileBegin = 7,     // client -> server: FileBeginRecord
-  kFileData = 8,      // client -> server: raw file bytes
-  kFileEnd = 9,       // client -> server: no payload
-  kFileResult = 10,   // server -> client: ReasonRecord, status = 0 or code
+  kFileData = 8,      // client -> server: raw file bytes, at most 1 MiB
+  kFileEnd = 9,       // client -> server: FileEndRecord (byte count and checksum)
+  kFileResult = 10,   // server -> client: ReasonRecord, status = 0 or code; may come early
   kGoodbye = 11,      // either side: no payload; the sender closes next
 };
 
@@ -108,6 +108,8 @@ class FrameConn {
 
   // True when bytes of a next frame are already buffered.
   bool HasBuffered() const { return rlen_ > rpos_; }
+  // True when a Read would find bytes (or the end of the stream) at once.
+  bool HasIncoming() const { return HasBuffered() || socket_.HasIncoming(); }
   // True when nothing is buffered and the socket looks alive (peer has not closed).
   bool LooksAlive() const { return rlen_ == rpos_ && socket_.LooksAlive(); }
 

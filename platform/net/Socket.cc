@@ -286,4 +286,11 @@ bool Socket::LooksAlive() const {
   return false;  // end of stream, or bytes nobody asked for: either way not fit for a request
 }
 
+bool Socket::HasIncoming() const {
+  if (fd_ < 0) return false;
+  char c;
+  ssize_t n = ::recv(fd_, &c, 1, MSG_PEEK | MSG_DONTWAIT);
+  return n >= 0;
+}
+
 }  // namespace appmgr::net

@@ -72,6 +72,9 @@ class Socket {
   CLmError RecvSome(void* data, size_t room, Deadline deadline, size_t* received, const char* what);
   // True when the peer has not closed and no unexpected bytes wait: a non-blocking peek.
   bool LooksAlive() const;
+  // True when a receive would not wait: bytes have arrived, or the peer has closed. A
+  // non-blocking peek.
+  bool HasIncoming() const;
 
  private:
   CLmError SetTimeout(int option, int64_t ms, int* cached);

@@ -39,6 +39,7 @@
 #include "platform/net/ControlRecords.h"
 #include "platform/net/Frame.h"
 #include "protocol/Message.h"
+#include "server/core/FileReceiver.h"
 
 class CNMessageBase;
 
@@ -57,7 +58,8 @@ struct ServerOptions {
   std::string tempDirectory;
   std::string fileFacility = "sLNPATCHUPDATECLIENT";
   std::string fileEntry = "sLPUPDATEPATCHES";
-  uint64_t maxFileBytes = 256ull << 20;
+  uint64_t maxFileBytes = 256ull << 20;  // a larger file is refused at its begin
+  uint64_t minFreeBytes = 0;  // a file that would leave less free space on its disk is refused
 };
 
 // What the server knows of a connection.
