@@ -3,6 +3,7 @@
 #include "server/handlers/BackupSetHandlers.h"
 #include "server/handlers/CacheHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
+#include "server/handlers/FileContentHandlers.h"
 #include "server/handlers/ListHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
 #include "server/handlers/SnapshotHandlers.h"
@@ -34,6 +35,7 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
 
   // snapshot records, mailbox delegates, file transfer
   RegisterSnapshotHandlers(server, store);
+  RegisterFileContentHandlers(server, store, config.tempDirectory);
 }
 
 }  // namespace appmgr::server

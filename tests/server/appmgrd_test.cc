@@ -191,7 +191,8 @@ TEST(Appmgrd, HelpListsEveryOptionAndExitsZero) {
   EXPECT_EQ(r.status, 0);
   for (const char* option :
        {"--listen", "--port", "--data", "--fixture", "--port-file", "--log-dir", "--log-level",
-        "--idle-timeout", "--max-connections", "--web-console-url", "--max-file-mb"}) {
+        "--idle-timeout", "--max-connections", "--web-console-url", "--max-file-mb",
+        "--install-dir", "--min-free-mb"}) {
     EXPECT_NE(r.out.find(option), std::string::npos) << option;
   }
 }
