@@ -33,6 +33,8 @@
 //   domainClients   {domain, client, value1, value2, value3}: a client listed in a domain
 //   appIds          {id, number0 ... number8, text0 ... text2, option, archiveGroup,
 //                    incrArchiveGroup}
+//   snapshots       {id, f1, f3 ... f15}: a snapshot record; id is its F2 (not 0)
+//   mailboxDelegates {id, g1 ... g6}: a mailbox delegate; id is its G7 (not 0)
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

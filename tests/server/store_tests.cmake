@@ -2,7 +2,7 @@
 appmgr_test(server_store_tests
   SOURCES server/store_test.cc server/backup_set_store_test.cc server/property_store_test.cc
           server/fixture_test.cc server/entity_tree_store_test.cc server/list_store_test.cc
-          server/file_content_store_test.cc
+          server/snapshot_store_test.cc server/file_content_store_test.cc
   LIBS appmgr_store)
 # The fixture test loads the shipped demo fixture from the source tree.
 if(TARGET server_store_tests)
