@@ -47,6 +47,7 @@ struct pushVSDataReq {
   int32_t number = 0;   // the caller's int
 };
 static_assert(sizeof(pushVSDataReq) == 80 && offsetof(pushVSDataReq, value1) == 32 &&
+              offsetof(pushVSDataReq, value2) == 40 && offsetof(pushVSDataReq, value3) == 48 &&
               offsetof(pushVSDataReq, value4) == 56 && offsetof(pushVSDataReq, text) == 64 &&
               offsetof(pushVSDataReq, number) == 72);
 

@@ -16,7 +16,7 @@ struct MailBoxDelegate {
   uint64_t g7 = 0;            // slot 6: the record's id
 };
 static_assert(sizeof(MailBoxDelegate) == 56);
-static_assert(offsetof(MailBoxDelegate, g2) == 8 && offsetof(MailBoxDelegate, g3) == 16 &&
+static_assert(offsetof(MailBoxDelegate, g1) == 0 && offsetof(MailBoxDelegate, g2) == 8 && offsetof(MailBoxDelegate, g3) == 16 &&
               offsetof(MailBoxDelegate, g4) == 24 && offsetof(MailBoxDelegate, g5) == 32 &&
               offsetof(MailBoxDelegate, g6) == 40 && offsetof(MailBoxDelegate, g7) == 48);
 

@@ -26,7 +26,7 @@ struct SnapInfo {
   uint64_t f15 = 0;           // slot 14
 };
 static_assert(sizeof(SnapInfo) == 120);
-static_assert(offsetof(SnapInfo, f2) == 8 && offsetof(SnapInfo, f3) == 16 &&
+static_assert(offsetof(SnapInfo, f1) == 0 && offsetof(SnapInfo, f2) == 8 && offsetof(SnapInfo, f3) == 16 &&
               offsetof(SnapInfo, f5) == 24 && offsetof(SnapInfo, f6) == 32 &&
               offsetof(SnapInfo, f4) == 40 && offsetof(SnapInfo, f7) == 48 &&
               offsetof(SnapInfo, f8) == 56 && offsetof(SnapInfo, f9) == 64 &&
