@@ -10,6 +10,7 @@
 #include "interfaces/Exchange.h"
 #include "interfaces/MailBoxDelegateInterfaceNet.h"
 #include "interfaces/SnapInfoInterfaceNet.h"
+#include "platform/net/CKpNetwork.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -95,6 +96,11 @@ __attribute__((visibility("default"))) int GetClientLibraryStatistics(AppMgrNetS
   PoolStats(AppMgrSessionPoolSingleton::currentLitePool(), &out->litePoolExists, &out->litePoolOpen,
             &out->litePoolLent, &out->litePoolAttached, &out->litePoolReplaced);
   return 0;
+}
+
+__attribute__((visibility("default"))) void SetFileTransferProgressCallback(
+    void (*callback)(void*, const char*, unsigned long long, unsigned long long), void* context) {
+  CKpNetwork::SetPutProgressObserver(callback, context);
 }
 
 }  // extern "C"

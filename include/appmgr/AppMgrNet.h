@@ -65,6 +65,15 @@ void CleanClientSessionPool();
 void TerminateClientSessions();
 // Fills `out` with the session layer's counters; 0 on success, 1 when `out` is null.
 int GetClientLibraryStatistics(AppMgrNetStatistics* out);
+// Tools: `callback` is told of the progress of every file put of the process
+// (setClientFileContent), on the thread that puts the file: once before the first byte (sent 0),
+// then after each chunk of at most 1 MiB, `sent` of `total` bytes of the plain file name
+// `fileName` having gone. `context` is passed back. A null callback stops the reports. The
+// callback must not call the library.
+void SetFileTransferProgressCallback(void (*callback)(void* context, const char* fileName,
+                                                      unsigned long long sent,
+                                                      unsigned long long total),
+                                     void* context);
 }
 
 typedef void* (*AppMgrGetLibraryInterfaceFn)(int);
@@ -73,3 +82,6 @@ typedef int (*AppMgrEnableServerSideMessageCacheFn)(unsigned long);
 typedef int (*AppMgrGetDataInPreInstallModeFn)(const std::string&, std::string&, const std::string&);
 typedef void (*AppMgrVoidFn)();
 typedef int (*AppMgrGetClientLibraryStatisticsFn)(AppMgrNetStatistics*);
+typedef void (*AppMgrFileProgressFn)(void* context, const char* fileName, unsigned long long sent,
+                                     unsigned long long total);
+typedef void (*AppMgrSetFileTransferProgressCallbackFn)(AppMgrFileProgressFn callback, void* context);

@@ -64,10 +64,10 @@ ScriptServer* LibraryTest::server_ = nullptr;
 TestSettings* LibraryTest::settings_ = nullptr;
 void* LibraryTest::lib_ = nullptr;
 
-TEST_F(LibraryTest, ExportsTheSevenFunctionsAndHidesTheRest) {
+TEST_F(LibraryTest, ExportsItsFunctionsAndHidesTheRest) {
   for (const char* name : {"getLibraryInterface", "EnableClientMessageCache", "EnableServerSideMessageCache",
                            "GetDataInPreInstallMode", "CleanClientSessionPool", "TerminateClientSessions",
-                           "GetClientLibraryStatistics"}) {
+                           "GetClientLibraryStatistics", "SetFileTransferProgressCallback"}) {
     EXPECT_NE(dlsym(lib_, name), nullptr) << name;
   }
   EXPECT_EQ(dlsym(lib_, "_ZN14BSInterfaceNet6lookupEmRNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERlRmS8_S8_S6_S8_S6_Pv"),
