@@ -27,6 +27,9 @@ CommandFamily BackupSetCommands();
 
 CommandFamily ListCommands();
 
+CommandFamily SnapshotCommands();
+CommandFamily FileCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -44,6 +47,9 @@ struct Table {
     Add(BackupSetCommands());
 
     Add(ListCommands());
+
+    Add(SnapshotCommands());
+    Add(FileCommands());
 
     Add(GeneralCommands());
   }
