@@ -14,10 +14,10 @@
 #include <thread>
 
 #include "platform/net/ControlRecords.h"
-#include "platform/net/FileChecksum.h"
 #include "platform/net/XdrCodec.h"
 #include "platform/xml/AppMessages.h"
 #include "protocol/Messages.h"
+#include "tests/support/RawFiles.h"
 #include "tests/support/RawPeer.h"
 #include "tests/support/ScriptServer.h"
 #include "tests/support/TestSettings.h"
@@ -376,72 +376,6 @@ class FilePutTest : public SessionTest {
   std::string temp_, local_;
 };
 
-// A file-transfer connection spoken frame by frame, so that names and cuts no client would make
-// reach the server.
-class RawFiles {
- public:
-  explicit RawFiles(const ScriptServer& server) {
-    appmgr::net::Socket sock;
-    appmgr::net::Socket::Connect("127.0.0.1", server.port(), Deadline::After(2000), &sock);
-    conn_ = FrameConn(std::move(sock));
-    appmgr::net::HelloRecord hello;
-    hello.frameVersion = 1;
-    hello.service = "File transfer";
-    hello.client = "raw";
-    hello.facility = "sLNPATCHUPDATECLIENT";
-    hello.entry = "sLPUPDATEPATCHES";
-    Send(appmgr::net::FrameKind::kHello, Encode(hello));
-    attached_ = RawPeer::ReadFrame(conn_);
-  }
-  bool attached() const { return attached_; }
-
-  void Begin(const std::string& name, uint64_t size) {
-    appmgr::net::FileBeginRecord begin;
-    begin.fileName = name.c_str();
-    begin.overwrite = 1;
-    begin.size = size;
-    Send(appmgr::net::FrameKind::kFileBegin, Encode(begin));
-  }
-  void Data(const std::string& bytes) {
-    Send(appmgr::net::FrameKind::kFileData, std::vector<uint8_t>(bytes.begin(), bytes.end()));
-  }
-  void End(const std::string& body) {
-    appmgr::net::FileEndRecord end;
-    end.size = body.size();
-    end.checksumKind = appmgr::net::kChecksumXxh3_64;
-    end.checksum = appmgr::net::FileChecksum::Of(body.data(), body.size());
-    Send(appmgr::net::FrameKind::kFileEnd, Encode(end));
-  }
-  // The file-result's status, with its reason; -1 when none came.
-  int32_t Result(std::string* reason) {
-    kpsHostProtocolHeader h;
-    const uint8_t* p = nullptr;
-    size_t n = 0;
-    if (conn_.Read(&h, &p, &n, Deadline::After(5000), 65536)) return -1;
-    appmgr::net::ReasonRecord r;
-    appmgr::wire::Arena arena;
-    appmgr::wire::DecodeRecord(p, n, r, arena);
-    *reason = r.text ? r.text : "";
-    return appmgr::net::StatusOf(h);
-  }
-  void Close() { conn_.Close(); }
-
- private:
-  template <class Record>
-  static std::vector<uint8_t> Encode(const Record& r) {
-    std::vector<uint8_t> out;
-    appmgr::wire::EncodeRecord(r, out);
-    return out;
-  }
-  void Send(appmgr::net::FrameKind kind, const std::vector<uint8_t>& payload) {
-    kpsHostProtocolHeader h;
-    h.control = appmgr::net::MakeControl(kind, false);
-    conn_.Write(h, payload.data(), payload.size(), Deadline::After(2000));
-  }
-  FrameConn conn_;
-  bool attached_ = false;
-};
-
 TEST_F(FilePutTest, StoresPlainNamesInTempAndNothingElse) {
   ScriptServer server(ServerOptions());
   struct Case {
@@ -451,7 +385,7 @@ TEST_F(FilePutTest, StoresPlainNamesInTempAndNothingElse) {
                {".", false},         {"a/b.txt", false},         {"a\\b.txt", false},
                {"/etc/passwd", false}, {"", false}, {"spaces in name.bin", true}};
   for (const Case& c : cases) {
-    RawFiles raw(server);
+    RawFiles raw(server.port());
     ASSERT_TRUE(raw.attached());
     std::string body = std::string("content of ") + c.name, reason;
     raw.Begin(c.name, body.size());
@@ -552,7 +486,7 @@ TEST_F(FilePutTest, ANameWithAPathIsRefusedEvenWhenTheLocalFileExists) {
 TEST_F(FilePutTest, AConnectionCutInTheMiddleOfAFileLeavesNoFile) {
   ScriptServer server(ServerOptions());
   {
-    RawFiles raw(server);
+    RawFiles raw(server.port());
     ASSERT_TRUE(raw.attached());
     raw.Begin("cut.bin", 3u << 20);
     raw.Data(std::string(1u << 20, 'c'));
