@@ -38,6 +38,11 @@ static_assert(sizeof(kpsHostProtocolHeader) == 48);
 namespace appmgr::net {
 
 constexpr size_t kFrameHeaderBytes = 48;
+// Small frames are read ahead up to this many bytes per system call.
+constexpr size_t kReadAheadBytes = 64 * 1024;
+// A connection keeps a receive buffer up to this size between frames (a 1 MiB file chunk and its
+// header fit); a larger one, left by an unusually large frame, is given back.
+constexpr size_t kKeptReceiveBytes = 2u << 20;
 constexpr uint32_t kFrameMagic = 0x4B505331;  // "KPS1"
 constexpr uint32_t kFrameVersion = 1;
 

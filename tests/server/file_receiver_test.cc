@@ -82,6 +82,19 @@ class FileReceiverTest : public testing::Test {
   std::string dir_ = settings_.dir() + "/Temp";
 };
 
+TEST(FileChecksumTest, IsXxh3AndTheSameFedInAnyPieces) {
+  EXPECT_EQ(FileChecksum::Of("", 0), 0x2D06800538D394C2ull) << "XXH3-64 of nothing, seed 0";
+  std::string data(3 * 1000 * 1000 + 17, '\0');
+  for (size_t i = 0; i < data.size(); ++i) data[i] = char(i * 2654435761u >> 13);
+  FileChecksum streamed;
+  for (size_t at = 0, piece = 1; at < data.size(); at += piece, piece = piece * 3 + 1) {
+    streamed.Update(data.data() + at, std::min(piece, data.size() - at));
+  }
+  EXPECT_EQ(streamed.Digest(), FileChecksum::Of(data.data(), data.size()));
+  streamed.Reset();
+  EXPECT_EQ(streamed.Digest(), FileChecksum::Of("", 0));
+}
+
 TEST(FileNameTest, OnlyPlainNamesAreAccepted) {
   struct Case {
     std::string name;
