@@ -53,6 +53,15 @@ CtlRun RunCtl(const std::vector<std::string>& args, const std::string& input = "
     envp.push_back(entry);
   }
   for (const auto& [key, value] : env) envp.push_back(key + "=" + value);
+  // The program loads the library, and with it spdlog, with dlopen: spdlog's thread-locals then
+  // live in a dynamic TLS block. LeakSanitizer guesses such a block's bounds from the bytes
+  // before it, and its tracer crashes at exit when the block happens to start 16 bytes into a
+  // page (a heap-layout accident, fixed in later sanitizers). Nothing these runs allocate is
+  // reachable only from TLS, so the TLS scan is left out (the TLS blocks themselves then count
+  // as leaks, which the sanitizer's own suppressions drop, silently); leaks are still found.
+  if (std::getenv("LSAN_OPTIONS") == nullptr && env.count("LSAN_OPTIONS") == 0) {
+    envp.push_back("LSAN_OPTIONS=use_tls=0:print_suppressions=0");
+  }
   std::vector<char*> argvp, envpp;
   for (std::string& a : argv) argvp.push_back(a.data());
   for (std::string& e : envp) envpp.push_back(e.data());
