@@ -186,6 +186,15 @@ INSTANTIATE_TEST_SUITE_P(
                  "--web-console-url"}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST(Appmgrd, ListFilesNeedsAnExistingDatabaseAndCreatesNothing) {
+  TestSettings settings;
+  std::string data = settings.dir() + "/empty-data";
+  AppmgrdProcess::RunResult r = AppmgrdProcess::Run({"--data", data, "--list-files"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err, "appmgrd: there is no database at " + data + "/appmgr.db\n");
+  EXPECT_FALSE(fs::exists(data));
+}
+
 TEST(Appmgrd, HelpListsEveryOptionAndExitsZero) {
   AppmgrdProcess::RunResult r = AppmgrdProcess::Run({"--help"});
   EXPECT_EQ(r.status, 0);

@@ -34,13 +34,16 @@ class RawFiles {
   }
   bool attached() const { return attached_; }
 
-  void Begin(const std::string& name, uint64_t size) {
+  void Begin(const std::string& name, uint64_t size) { Send(appmgr::net::FrameKind::kFileBegin, BeginBytes(name, size)); }
+  // The file-begin record as it travels, to send as it is or altered.
+  static std::vector<uint8_t> BeginBytes(const std::string& name, uint64_t size) {
     appmgr::net::FileBeginRecord begin;
     begin.fileName = name.c_str();
     begin.overwrite = 1;
     begin.size = size;
-    Send(appmgr::net::FrameKind::kFileBegin, Encode(begin));
+    return Encode(begin);
   }
+  void Begin(const std::vector<uint8_t>& record) { Send(appmgr::net::FrameKind::kFileBegin, record); }
   void Data(const std::string& bytes) {
     Send(appmgr::net::FrameKind::kFileData, std::vector<uint8_t>(bytes.begin(), bytes.end()));
   }

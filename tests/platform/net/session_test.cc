@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -399,6 +400,18 @@ TEST_F(FilePutTest, StoresPlainNamesInTempAndNothingElse) {
       EXPECT_EQ(status, kKpErrBadArgument) << "[" << c.name << "]";
       EXPECT_FALSE(reason.empty()) << c.name;
     }
+  }
+  // A NUL inside the name: no encoder makes one, so the bytes are altered on the way.
+  {
+    RawFiles raw(server.port());
+    std::vector<uint8_t> record = RawFiles::BeginBytes("nulXname.txt", 1);
+    std::replace(record.begin(), record.end(), uint8_t('X'), uint8_t(0));
+    raw.Begin(record);
+    raw.Data("x");
+    raw.End("x");
+    std::string reason;
+    EXPECT_EQ(raw.Result(&reason), kKpErrBadArgument);
+    EXPECT_NE(reason.find("NUL"), std::string::npos) << reason;
   }
   EXPECT_EQ(Stored(), (std::set<std::string>{"report.txt", "spaces in name.bin"}));
   EXPECT_FALSE(std::filesystem::exists(settings_.dir() + "/server/escape.txt"));
