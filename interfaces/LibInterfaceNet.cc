@@ -21,6 +21,9 @@
 #include "interfaces/CertificateInterfaceNet.h"
 #include "interfaces/DaxBackupInterfaceNet.h"
 #include "interfaces/LogMonitorInterfaceNet.h"
+#include "interfaces/MailBoxDelegateInterfaceNet.h"
+#include "interfaces/SnapInfoInterfaceNet.h"
+#include "platform/net/CKpNetwork.h"
 #include "session/AppMgrSessionPool.h"
 #include "session/ClientSessionWrapper.h"
 #include "session/KpAppMgrPreInstall.h"
@@ -81,6 +84,12 @@ __attribute__((visibility("default"))) void* getLibraryInterface(int code) {
     case APPMGR_INTERFACE_CERTIFICATE:
       return static_cast<CertificateInterface*>(new CertificateInterfaceNet());
 
+    case APPMGR_INTERFACE_SNAP_INFO:
+      return static_cast<SnapInterface*>(new SnapInfoInterfaceNet());
+
+    case APPMGR_INTERFACE_MAILBOX_DELEGATE:
+      return static_cast<MailBoxDelegateInterface*>(new MailBoxDelegateInterfaceNet());
+
     default:
       // Unknown codes, and classes this build does not offer yet, are null.
       return nullptr;
@@ -131,6 +140,11 @@ __attribute__((visibility("default"))) int GetClientLibraryStatistics(AppMgrNetS
 
 __attribute__((visibility("default"))) const char* GetClientLibraryVersion() {
   return APPMGRNET_VERSION;
+}
+
+__attribute__((visibility("default"))) void SetFileTransferProgressCallback(
+    void (*callback)(void*, const char*, unsigned long long, unsigned long long), void* context) {
+  CKpNetwork::SetPutProgressObserver(callback, context);
 }
 
 }  // extern "C"

@@ -14,3 +14,6 @@
 #include "protocol/schemas/InstSchemas.h"
 #include "protocol/schemas/AppTypeSchemas.h"
 #include "protocol/schemas/XmlSchemas.h"
+#include "protocol/schemas/SnapInfoSchemas.h"
+#include "protocol/schemas/MailBoxDelegateSchemas.h"
+#include "protocol/schemas/FileContentSchemas.h"

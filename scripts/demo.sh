@@ -59,6 +59,7 @@ cat >"$run/appmgrnet.ini" <<EOF
 [Controlhost]
 sHOSTNAME = 127.0.0.1:$port
 sCLIENTNAME = controlhost
+sINSTALLDIRECTORY = $run/data
 
 [EventManager]
 sLogDirectory = $run/log
@@ -144,6 +145,13 @@ say "One process, four commands: the repeated lookup of 101 is answered from the
 say "message cache, so the counters show 3 calls of which 1 skipped the network."
 ctl batch "$run/batch.txt"
 
+say "Snapshot records and the mailbox delegates of G1 4, kept positionally by the server."
+ctl snapshot list
+ctl delegate list --selector 4
+say "Put a file into the server's Temp/ folder and register it for client 3 (listed at the end)."
+printf 'demo report\n' >"$run/report.txt"
+ctl file put "$run/report.txt" --client 3 --text weekly
+
 # A backup set that does not exist: the server's error text and exit status 1.
 say "A backup set that does not exist: the server's error, exit status 1."
 status=0
@@ -153,4 +161,10 @@ echo "(exit status $status)"
 stop_server
 echo
 echo "appmgrd stopped. Database: $run/data/appmgr.db"
+
+# The server holds its database alone while it runs; stopped, its registrations are listed.
+say "The files clients registered, read from the stopped server's database."
+echo "\$ appmgrd --data $run/data --list-files"
+"$appmgrd" --data "$run/data" --log-dir "$run/log" --list-files
+echo
 echo "Logs: $run/log/appmgrd.log (server), $run/log/appmgrctl.log (library)"

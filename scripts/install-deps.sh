@@ -10,6 +10,7 @@ PACKAGES=(
   libfmt-dev libspdlog-dev          # event log file sink
   libpugixml-dev                    # XML messages
   libsqlite3-dev sqlite3            # appmgrd store
+  libxxhash-dev                     # the file-transfer checksum (header only)
   nlohmann-json3-dev                # appmgrd fixtures, appmgrctl --json
   libcli11-dev                      # command lines
   python3 procps                    # demo and CI helper scripts

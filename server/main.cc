@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -40,6 +41,7 @@
 #include "server/core/Server.h"
 #include "server/handlers/AllHandlers.h"
 #include "server/handlers/PreInstallHandlers.h"
+#include "server/store/FileContentStore.h"
 #include "server/store/Fixture.h"
 #include "server/store/Store.h"
 
@@ -66,11 +68,14 @@ struct Config {
   int idleTimeoutSeconds = 300;
   size_t maxConnections = 256;
   std::string webConsoleUrl;
+  std::string installDir;  // empty: the data folder
   uint64_t maxFileMb = 256;
   size_t maxFrameBytes = 0;  // 0: [Network] nMaxFrameBytes of the settings, else 16 MiB
   std::string logTo;         // "file", "stderr", "journal"; empty: journal under systemd, else file
   bool check = false;
   bool sharedDatabase = false;
+  uint64_t minFreeMb = 64;
+  bool listFiles = false;  // print the file registrations and exit
 };
 
 constexpr size_t kMinFrameBytes = 4096;
@@ -131,6 +136,8 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
         CLmError e = appmgr::server::CheckWebConsoleUrl(url);
         return e ? e.Text() : std::string();
       });
+  app.add_option("--install-dir", c->installDir,
+                 "install folder: files put through file transfer go to its Temp/ (default: DIR)");
   app.add_option("--max-file-mb", c->maxFileMb, "largest file accepted by file transfer, in MiB")
       ->capture_default_str()
       ->check(CLI::Range(1, 1 << 20));
@@ -151,6 +158,13 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
   app.add_flag("--shared-database", c->sharedDatabase,
                "let other programs open appmgr.db while the server runs (two file-lock calls "
                "per request); by default the server holds the file alone");
+  app.add_option("--min-free-mb", c->minFreeMb,
+                 "free space, in MiB, a file put must leave on the disk of Temp/")
+      ->capture_default_str()
+      ->check(CLI::Range(0, 1 << 30));
+  app.add_flag("--list-files", c->listFiles,
+               "print the files clients registered (tab-separated, with a header) and exit; "
+               "works beside a server running with --shared-database");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -163,6 +177,7 @@ bool ParseCommandLine(int argc, char** argv, Config* c, int* exitCode) {
     return false;
   }
   if (c->logDir.empty()) c->logDir = (fs::path(c->dataDir) / "log").string();
+  if (c->installDir.empty()) c->installDir = c->dataDir;
   return true;
 }
 
@@ -270,19 +285,75 @@ CLmError OpenStore(const Config& c, std::unique_ptr<Store>* store) {
   return CLmError();
 }
 
+// --list-files: the registrations of an existing database, one tab-separated line each, under a
+// header. Errors only are logged, into the server's log.
+int ListFiles(const Config& c) {
+  std::string path = (fs::path(c.dataDir) / "appmgr.db").string();
+  std::error_code ec;
+  if (!fs::exists(path, ec)) {
+    std::fprintf(stderr, "appmgrd: there is no database at %s\n", path.c_str());
+    return kExitStartFailed;
+  }
+  EvLogConfig log;
+  log.directory = c.logDir;
+  log.fileName = "appmgrd.log";
+  log.level = 0;
+  EvLog::Configure(log);
+  gLogConfigured = true;
+  std::unique_ptr<Store> store;
+  Store::Options options;
+  options.exclusive = false;  // a server started with --shared-database may have it open
+  if (CLmError e = Store::Open(path, options, &store)) return StartFailed(e.Text());
+  std::vector<appmgr::server::FileRegistration> registrations;
+  if (CLmError e = appmgr::server::FileContentStore(*store).Registrations(0, &registrations)) {
+    return StartFailed(e.Text());
+  }
+  // Tabs and line breaks inside a text would break the columns: shown escaped.
+  auto field = [](const std::string& text) {
+    std::string out;
+    for (char ch : text) {
+      if (ch == '\t') {
+        out += "\\t";
+      } else if (ch == '\n') {
+        out += "\\n";
+      } else {
+        out += ch;
+      }
+    }
+    return out;
+  };
+  std::printf("id\tclient\tfile\tbytes\tregistered\ttext\tpath\tstored\n");
+  for (const auto& r : registrations) {
+    char when[32] = "-";
+    std::time_t t = static_cast<std::time_t>(r.registeredAt);
+    std::tm tm {};
+    if (gmtime_r(&t, &tm)) std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &tm);
+    std::printf("%llu\t%llu\t%s\t%llu\t%s\t%s\t%s\t%s\n", static_cast<unsigned long long>(r.id),
+                static_cast<unsigned long long>(r.clientId), field(r.fileName).c_str(),
+                static_cast<unsigned long long>(r.size), when, field(r.text).c_str(),
+                field(r.path).c_str(), field(r.storedPath).c_str());
+  }
+  return std::fflush(stdout) == 0 ? kExitStopped : kExitStartFailed;
+}
+
 int Run(const Config& c, const sigset_t& signals) {
   std::error_code ec;
   std::string dataDir = fs::absolute(c.dataDir, ec).lexically_normal().string();
   if (ec) dataDir = c.dataDir;
+  // Absolute, as logged and as file registrations record it.
+  std::string installDir = fs::absolute(c.installDir, ec).lexically_normal().string();
+  if (ec) installDir = c.installDir;
+  const std::string tempDir = (fs::path(installDir) / "Temp").string();
   ServerOptions options;
   options.address = c.listen;
   options.port = c.port;
   options.name = "appmgrd";
   options.maxConnections = c.maxConnections;
   options.idleTimeoutSeconds = c.idleTimeoutSeconds;
-  options.tempDirectory = (fs::path(dataDir) / "Temp").string();  // absolute, as logged
+  options.tempDirectory = tempDir;
   options.maxFileBytes = c.maxFileMb << 20;
   options.maxFrameBytes = c.maxFrameBytes ? c.maxFrameBytes : appmgr::net::MaxFramePayload();
+  options.minFreeBytes = c.minFreeMb << 20;
   Server server(options);
   // The port first: nothing is created or written when it cannot be had.
   if (CLmError e = server.Listen()) {
@@ -295,7 +366,6 @@ int Run(const Config& c, const sigset_t& signals) {
   if (target == EvLogConfig::Target::kFile) {
     if (CLmError e = CreateFolder(c.logDir, "log folder")) return StartFailed(e.Text());
   }
-  const std::string tempDir = (fs::path(c.dataDir) / "Temp").string();
   if (CLmError e = CreateFolder(tempDir, "file-transfer folder")) return StartFailed(e.Text());
   EvLogConfig log;
   log.target = target;
@@ -305,8 +375,9 @@ int Run(const Config& c, const sigset_t& signals) {
   EvLog::Configure(log);
   gLogConfigured = true;
   EvEventWrapper::DebugLvl(
-      kLabel, 1, "starting %s: data %s, listen %s, port %u, frames up to %zu bytes",
-      APPMGRNET_VERSION, dataDir.c_str(), c.listen.c_str(), server.port(), options.maxFrameBytes);
+      kLabel, 1, "starting %s: data %s, listen %s, port %u, frames up to %zu bytes, files into %s",
+      APPMGRNET_VERSION, dataDir.c_str(), c.listen.c_str(), server.port(), options.maxFrameBytes,
+      tempDir.c_str());
   // A setting that is silently not applied is a fault nobody can find: each warning is an error
   // line of the log and, when the log is a file, a line on stderr too.
   for (const std::string& w : KpSettings::Instance().Warnings()) {
@@ -319,7 +390,7 @@ int Run(const Config& c, const sigset_t& signals) {
   std::unique_ptr<Store> store;
   if (CLmError e = OpenStore(c, &store)) return StartFailed(e.Text());
 
-  appmgr::server::RegisterAllHandlers(server, *store, {c.webConsoleUrl});
+  appmgr::server::RegisterAllHandlers(server, *store, {c.webConsoleUrl, tempDir});
   if (CLmError e = server.Start()) {
     return StartFailed("cannot listen on " + appmgr::net::HostPortText(c.listen, c.port) + ": " +
                        e.Text());
@@ -372,5 +443,6 @@ int main(int argc, char** argv) {
   Config config;
   int exitCode = 0;
   if (!ParseCommandLine(argc, argv, &config, &exitCode)) return exitCode;
+  if (config.listFiles) return ListFiles(config);
   return Run(config, signals);
 }

@@ -15,8 +15,6 @@
 //   "not provided" (0xa0010, errorString set to "Api not implemented."),
 //   "not provided, silent" (0xa0010, nothing written, not even errorString),
 //   "no-op" (0, nothing done: success here does not mean anything happened).
-// File transfer is "not provided" in this build.
-//
 // Alerts and XML (below, and docs/adapters.md): the binary alert answers 0 or the step's status
 // with the server's text for a server error. The XML operations answer 0, a transport status,
 // the status the server's generic response carries, or one of their own codes:
@@ -300,12 +298,18 @@ class AdaptersInterface {
   virtual long GetHTTPProxySettings(App::GetHTTPProxySettingsReq& request,
                                     App::HTTPProxySettings& settings, std::string& errorString) = 0;
 
-  // ---- Client file content (no error string: the status alone) ----
+  // ---- Client file content (no error string: the status alone; the response header is not
+  // read, so a server's refusal is not seen here) ----
 
+  // Puts the local file `localPath` into Temp/ of the Controlhost's install folder through the
+  // file-transfer facility, then registers the path it has there, with `text`, for `clientId`.
+  // 0 on success, 1 on any failure (the reason is in the log).
   virtual int setClientFileContent(unsigned long clientId, const std::string& localPath,
                                    const std::string& text, void* context) = 0;
+  // One request carrying the three values; the send or receive status.
   virtual int getClientFileContent(unsigned long clientId, const std::string& text1,
                                    const std::string& text2, void* context) = 0;
+  // One request carrying the six values in order; the send or receive status.
   virtual int pushVSData(unsigned long a, unsigned long b, unsigned long c, unsigned long d,
                          const std::string& text, int value, void* context) = 0;
 };

@@ -69,6 +69,15 @@ void TerminateClientSessions();
 int GetClientLibraryStatistics(AppMgrNetStatistics* out);
 // The version of the loaded library, "MAJOR.MINOR.PATCH"; a static text.
 const char* GetClientLibraryVersion();
+// Tools: `callback` is told of the progress of every file put of the process
+// (setClientFileContent), on the thread that puts the file: once before the first byte (sent 0),
+// then after each chunk of at most 1 MiB, `sent` of `total` bytes of the plain file name
+// `fileName` having gone. `context` is passed back. A null callback stops the reports. The
+// callback must not call the library.
+void SetFileTransferProgressCallback(void (*callback)(void* context, const char* fileName,
+                                                      unsigned long long sent,
+                                                      unsigned long long total),
+                                     void* context);
 }
 
 typedef void* (*AppMgrGetLibraryInterfaceFn)(int);
@@ -78,3 +87,6 @@ typedef int (*AppMgrGetDataInPreInstallModeFn)(const std::string&, std::string&,
 typedef void (*AppMgrVoidFn)();
 typedef int (*AppMgrGetClientLibraryStatisticsFn)(AppMgrNetStatistics*);
 typedef const char* (*AppMgrGetClientLibraryVersionFn)();
+typedef void (*AppMgrFileProgressFn)(void* context, const char* fileName, unsigned long long sent,
+                                     unsigned long long total);
+typedef void (*AppMgrSetFileTransferProgressCallbackFn)(AppMgrFileProgressFn callback, void* context);

@@ -1,17 +1,20 @@
 #include "platform/net/CKpNetwork.h"
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <mutex>
 #include <vector>
 
 #include "platform/base/KpSettings.h"
 #include "platform/net/ControlRecords.h"
+#include "platform/net/FileChecksum.h"
 #include "platform/net/MangleHostName.h"
 #include "platform/net/XdrCodec.h"
 #include "platform/xml/CNMessageBase.h"
@@ -54,6 +57,8 @@ int CappedAttachTimeout(int seconds) {
   return seconds;
 }
 
+// The bytes of one file-data frame: large enough that per-frame costs vanish, small enough that
+// a receiver's frame buffer, which keeps up to 2 MiB between frames, is reused for every frame.
 constexpr size_t kFileChunk = 1u << 20;
 
 // The reason a refusal or error frame gives, or "no reason given".
@@ -437,6 +442,59 @@ CLmError CKpNetwork::ReceiveXMLMessage(unsigned long* type, CNMessageBase*& mess
   return Done({});
 }
 
+namespace {
+
+std::mutex g_progressMutex;
+KpPutProgressFn g_progress = nullptr;
+void* g_progressContext = nullptr;
+
+void ReportProgress(const std::string& name, uint64_t sent, uint64_t total) {
+  KpPutProgressFn observer;
+  void* context;
+  {
+    std::lock_guard lock(g_progressMutex);
+    observer = g_progress;
+    context = g_progressContext;
+  }
+  if (observer) observer(context, name.c_str(), sent, total);
+}
+
+// A descriptor closed on every way out.
+struct LocalFile {
+  int fd = -1;
+  ~LocalFile() {
+    if (fd >= 0) ::close(fd);
+  }
+};
+
+// Reads up to `length` bytes at the file's position; fewer only at the end of the file.
+CLmError ReadFully(int fd, uint8_t* out, size_t length, size_t* got, const std::string& path) {
+  *got = 0;
+  while (*got < length) {
+    ssize_t n = ::read(fd, out + *got, length - *got);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return CLmError(kKpErrIo, "reading " + path + ": " + std::strerror(errno));
+    if (n == 0) break;
+    *got += static_cast<size_t>(n);
+  }
+  return {};
+}
+
+}  // namespace
+
+void CKpNetwork::SetPutProgressObserver(KpPutProgressFn observer, void* context) {
+  std::lock_guard lock(g_progressMutex);
+  g_progress = observer;
+  g_progressContext = context;
+}
+
+// The file travels as file-begin, file-data frames of at most kFileChunk bytes read straight
+// into the frame buffer (so memory stays one chunk whatever the file's size), and file-end with
+// the byte count and checksum; the server answers with one file-result. The server may answer
+// before file-end when it refuses the file (a bad name, no room): the client then stops sending
+// data, still sends file-end so that both ends agree where the file stopped, and reports the
+// refusal. Each frame, and the wait for the answer, is bounded by the time-out on its own, so a
+// large file is not cut off by a deadline meant for one exchange.
 CLmError CKpNetwork::PutFileRequest(const std::string& localDirectory, kpsFilexferRequest* request,
                                     int timeoutSeconds, bool& aborted) {
   aborted = false;
@@ -452,10 +510,15 @@ CLmError CKpNetwork::PutFileRequest(const std::string& localDirectory, kpsFilexf
       S_ISREG(st.st_mode)) {
     path = localDirectory;
   }
-  std::ifstream in(path, std::ios::binary);
-  if (!in || ::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
-    return Done(CLmError(kKpErrNotFound, "cannot read local file " + path));
+  LocalFile file;
+  file.fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file.fd < 0) {
+    return Done(CLmError(kKpErrNotFound, "cannot read local file " + path + ": " + std::strerror(errno)));
   }
+  if (::fstat(file.fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    return Done(CLmError(kKpErrBadArgument, "local file " + path + " is not a regular file"));
+  }
+  ::posix_fadvise(file.fd, 0, 0, POSIX_FADV_SEQUENTIAL);
   std::string dest(request->destinationDirectory,
                    strnlen(request->destinationDirectory, sizeof request->destinationDirectory));
   appmgr::net::FileBeginRecord begin;
@@ -467,36 +530,66 @@ CLmError CKpNetwork::PutFileRequest(const std::string& localDirectory, kpsFilexf
   std::vector<uint8_t> payload;
   CLmError e = appmgr::wire::EncodeRecord(begin, payload);
   if (e) return Done(std::move(e));
-  Deadline deadline = DeadlineFor(timeoutSeconds);
   kpsHostProtocolHeader h;
   h.control = MakeControl(FrameKind::kFileBegin, false);
   h.jobId = jobId_;
   h.status = MakeStatus(++sequence_, 0);
-  if ((e = conn_.Write(h, payload.data(), payload.size(), deadline))) return Fail(std::move(e), true, &aborted);
-  size_t chunk = std::min(kFileChunk, appmgr::net::MaxFramePayload());
-  std::vector<char> data(chunk);
+  if ((e = conn_.Write(h, payload.data(), payload.size(), DeadlineFor(timeoutSeconds)))) {
+    return Fail(std::move(e), true, &aborted);
+  }
+
+  ReportProgress(name, 0, begin.size);
+  const size_t chunk = std::min(kFileChunk, appmgr::net::MaxFramePayload());
+  appmgr::net::FileChecksum checksum;
   uint64_t sent = 0;
-  while (sent < begin.size) {
-    in.read(data.data(), static_cast<std::streamsize>(std::min<uint64_t>(chunk, begin.size - sent)));
-    std::streamsize got = in.gcount();
-    if (got <= 0) return Fail(CLmError(kKpErrIo, "reading " + path + " stopped early"), true, &aborted);
-    h.control = MakeControl(FrameKind::kFileData, false);
-    if ((e = conn_.Write(h, data.data(), static_cast<size_t>(got), deadline))) {
+  h.control = MakeControl(FrameKind::kFileData, false);
+  // An answer already waiting can only be the server refusing the file: stop sending.
+  while (sent < begin.size && !conn_.HasIncoming()) {
+    size_t want = static_cast<size_t>(std::min<uint64_t>(chunk, begin.size - sent));
+    uint8_t* room = conn_.PayloadRoom(want);
+    size_t got = 0;
+    if ((e = ReadFully(file.fd, room, want, &got, path))) return Fail(std::move(e), true, &aborted);
+    if (got < want) {
+      return Fail(CLmError::Format(kKpErrIo, "%s became shorter while it was sent (%llu of %llu bytes)",
+                                   path.c_str(), static_cast<unsigned long long>(sent + got),
+                                   static_cast<unsigned long long>(begin.size)),
+                  true, &aborted);
+    }
+    checksum.Update(room, got);
+    if ((e = conn_.WriteBuffered(h, got, DeadlineFor(timeoutSeconds)))) {
       return Fail(std::move(e), true, &aborted);
     }
-    sent += static_cast<uint64_t>(got);
+    sent += got;
+    ReportProgress(name, sent, begin.size);
   }
+
+  appmgr::net::FileEndRecord end;
+  end.size = sent;
+  end.checksumKind = appmgr::net::kChecksumXxh3_64;
+  end.checksum = checksum.Digest();
+  payload.clear();
+  if ((e = appmgr::wire::EncodeRecord(end, payload))) return Done(std::move(e));
   h.control = MakeControl(FrameKind::kFileEnd, false);
-  if ((e = conn_.Write(h, nullptr, 0, deadline))) return Fail(std::move(e), true, &aborted);
+  if ((e = conn_.Write(h, payload.data(), payload.size(), DeadlineFor(timeoutSeconds)))) {
+    return Fail(std::move(e), true, &aborted);
+  }
   const uint8_t* reply = nullptr;
   size_t length = 0;
-  if ((e = ReadFrame(&h, &reply, &length, deadline))) return Fail(std::move(e), true, &aborted);
+  if ((e = ReadFrame(&h, &reply, &length, DeadlineFor(timeoutSeconds)))) {
+    return Fail(CLmError(e.GetErrorCode(), "waiting for the server to store " + name + ": " + e.Text()),
+                true, &aborted);
+  }
   if (appmgr::net::KindOf(h) != FrameKind::kFileResult) {
-    return Fail(CLmError(kKpErrProtocol, "file put answered by an unexpected frame"), true, &aborted);
+    return Fail(CLmError::Format(kKpErrProtocol, "file put answered by a %s frame",
+                                 appmgr::net::FrameKindName(appmgr::net::KindOf(h))),
+                true, &aborted);
   }
   int32_t status = appmgr::net::StatusOf(h);
   if (status != 0) {
     return Done(CLmError(status, "the server did not store " + name + ": " + ReasonText(reply, length)));
+  }
+  if (sent != begin.size) {  // cannot happen: the server refuses a short file
+    return Done(CLmError(kKpErrProtocol, "the server stored " + name + " before all of it was sent"));
   }
   request->bytesSent = sent;
   return Done({});

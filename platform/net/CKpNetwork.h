@@ -34,6 +34,11 @@ class CNMessageBase;
 
 typedef int kpsStatus;
 
+// Told of the progress of a file put: `sent` of `total` bytes of `fileName` (the plain name the
+// server receives) have gone out.
+typedef void (*KpPutProgressFn)(void* context, const char* fileName, unsigned long long sent,
+                                unsigned long long total);
+
 // The remote facility Attach_RemoteDLL reaches: two names and a reserved word.
 struct kpsExecuteRemoteDllType {
   const char* facility = nullptr;  // first name
@@ -92,9 +97,18 @@ class CKpNetwork {
                              kpsHostProtocolHeader* header, unsigned int flags, int timeoutSeconds,
                              bool& timedOut);
 
-  // Puts the local file localDirectory/sourceFileName into the facility's folder.
+  // Puts the local file localDirectory/sourceFileName into the facility's folder (or the file
+  // localDirectory itself, when that is a regular file and the joined path names nothing). The
+  // file is streamed: memory stays one frame whatever its size. Succeeds once the server has
+  // checked the byte count and checksum and stored the file under its name; fails with the
+  // server's reason when it refuses the file (its name, its size, no room), and leaves the
+  // session usable then. Each frame, and the wait for the server's answer, is bounded by the
+  // time-out on its own.
   CLmError PutFileRequest(const std::string& localDirectory, kpsFilexferRequest* request,
                           int timeoutSeconds, bool& aborted);
+  // The observer of every file put of the process, called on the thread that puts the file:
+  // once before the first byte (sent 0), then after each file-data frame. Null stops it.
+  static void SetPutProgressObserver(KpPutProgressFn observer, void* context);
 
   // Closes at once, without a goodbye.
   CLmError AbortConnection(kpsStatus& status, int timeoutSeconds, bool& timedOut);

@@ -42,6 +42,13 @@ struct FileBeginRecord {
   uint64_t size = 0;                // bytes that follow in file-data frames
 };
 
+// Client -> server, after the last file-data frame: what the client sent, to check what arrived.
+struct FileEndRecord {
+  uint64_t size = 0;          // bytes sent in file-data frames
+  uint32_t checksumKind = 0;  // kChecksumXxh3_64 (FileChecksum.h)
+  uint64_t checksum = 0;      // of those bytes, in order
+};
+
 }  // namespace appmgr::net
 
 APPMGR_WIRE_RECORD(appmgr::net::HelloRecord, WIRE_F(appmgr::net::HelloRecord, frameVersion),
@@ -62,3 +69,6 @@ APPMGR_WIRE_RECORD(appmgr::net::FileBeginRecord,
                    WIRE_F(appmgr::net::FileBeginRecord, overwrite),
                    WIRE_F(appmgr::net::FileBeginRecord, binary),
                    WIRE_F(appmgr::net::FileBeginRecord, size));
+APPMGR_WIRE_RECORD(appmgr::net::FileEndRecord, WIRE_F(appmgr::net::FileEndRecord, size),
+                   WIRE_F(appmgr::net::FileEndRecord, checksumKind),
+                   WIRE_F(appmgr::net::FileEndRecord, checksum));

@@ -108,25 +108,33 @@ CLmError FrameConn::WriteBuffered(kpsHostProtocolHeader header, size_t length, D
 
 CLmError FrameConn::Fill(size_t need, Deadline deadline, int64_t restMs) {
   if (rlen_ - rpos_ >= need) return {};
-  if (rpos_ == rlen_ && rbuf_.size() > (1u << 20)) {
-    rbuf_ = std::vector<uint8_t>();  // give back the memory of an unusually large frame
+  if (rpos_ == rlen_) {
     rpos_ = rlen_ = 0;
+    if (rbuf_.size() > kKeptReceiveBytes) rbuf_ = std::vector<uint8_t>();  // an unusually large frame
   }
-  if (rpos_ > 0) {  // keep what is unread at the front
-    std::memmove(rbuf_.data(), rbuf_.data() + rpos_, rlen_ - rpos_);
-    rlen_ -= rpos_;
-    rpos_ = 0;
+  // Small frames are read ahead, up to 64 KiB, so that one system call brings several. A large
+  // payload (a file chunk) is read up to its own end only: the next frame then starts at the
+  // front of the buffer, and no payload is ever moved within it.
+  const bool large = need > kReadAheadBytes;
+  const size_t end = large ? rpos_ + need : rpos_ + std::max(need, kReadAheadBytes);
+  if (end > rbuf_.size()) {
+    if (rpos_ > 0 && end - rpos_ <= rbuf_.size()) {
+      // Room enough once what is unread moves to the front.
+      std::memmove(rbuf_.data(), rbuf_.data() + rpos_, rlen_ - rpos_);
+      rlen_ -= rpos_;
+      rpos_ = 0;
+    } else {
+      rbuf_.resize(end);
+    }
   }
-  // Read ahead up to 64 KiB so a small frame arrives in one system call.
-  size_t want = std::max(need, size_t(65536));
-  if (rbuf_.size() < want) rbuf_.resize(want);
-  while (rlen_ < need) {
+  const size_t limit = large ? rpos_ + need : rbuf_.size();
+  while (rlen_ - rpos_ < need) {
     size_t got = 0;
-    if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, rbuf_.size() - rlen_, deadline, &got, "frame")) {
+    if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, limit - rlen_, deadline, &got, "frame")) {
       return e;
     }
     // The frame has begun: what is missing gets restMs (the clock is read only if something is).
-    if (rlen_ == 0 && restMs > 0 && got < need) deadline = Deadline::After(restMs);
+    if (rlen_ == rpos_ && restMs > 0 && got < need) deadline = Deadline::After(restMs);
     rlen_ += got;
   }
   return {};

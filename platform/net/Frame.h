@@ -38,6 +38,11 @@ static_assert(sizeof(kpsHostProtocolHeader) == 48);
 namespace appmgr::net {
 
 constexpr size_t kFrameHeaderBytes = 48;
+// Small frames are read ahead up to this many bytes per system call.
+constexpr size_t kReadAheadBytes = 64 * 1024;
+// A connection keeps a receive buffer up to this size between frames (a 1 MiB file chunk and its
+// header fit); a larger one, left by an unusually large frame, is given back.
+constexpr size_t kKeptReceiveBytes = 2u << 20;
 constexpr uint32_t kFrameMagic = 0x4B505331;  // "KPS1"
 constexpr uint32_t kFrameVersion = 1;
 
@@ -49,9 +54,9 @@ enum class FrameKind : uint8_t {
   kXml = 5,           // an XML message, UTF-8 text
   kError = 6,         // server -> client: ReasonRecord, status = code; the request was not served
   kFileBegin = 7,     // client -> server: FileBeginRecord
-  kFileData = 8,      // client -> server: raw file bytes
-  kFileEnd = 9,       // client -> server: no payload
-  kFileResult = 10,   // server -> client: ReasonRecord, status = 0 or code
+  kFileData = 8,      // client -> server: raw file bytes, at most 1 MiB
+  kFileEnd = 9,       // client -> server: FileEndRecord (byte count and checksum)
+  kFileResult = 10,   // server -> client: ReasonRecord, status = 0 or code; may come early
   kGoodbye = 11,      // either side: no payload; the sender closes next
 };
 
@@ -110,6 +115,8 @@ class FrameConn {
   bool HasBuffered() const { return rlen_ > rpos_; }
   // After a failed read: true when not one byte of the frame had arrived.
   bool LastReadGotNothing() const { return lastReadGotNothing_; }
+  // True when a Read would find bytes (or the end of the stream) at once.
+  bool HasIncoming() const { return HasBuffered() || socket_.HasIncoming(); }
   // True when nothing is buffered and the socket looks alive (peer has not closed).
   bool LooksAlive() const { return rlen_ == rpos_ && socket_.LooksAlive(); }
 

@@ -294,4 +294,11 @@ size_t Socket::UnacknowledgedBytes() const {
   return static_cast<size_t>(queued);
 }
 
+bool Socket::HasIncoming() const {
+  if (fd_ < 0) return false;
+  char c;
+  ssize_t n = ::recv(fd_, &c, 1, MSG_PEEK | MSG_DONTWAIT);
+  return n >= 0;
+}
+
 }  // namespace appmgr::net

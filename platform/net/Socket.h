@@ -76,6 +76,9 @@ class Socket {
   // Bytes written that the peer's TCP has not acknowledged (sent or still queued); 0 when it
   // cannot be told. Asked after a failure only.
   size_t UnacknowledgedBytes() const;
+  // True when a receive would not wait: bytes have arrived, or the peer has closed. A
+  // non-blocking peek.
+  bool HasIncoming() const;
 
  private:
   CLmError SetTimeout(int option, int64_t ms, int* cached);

@@ -28,24 +28,6 @@ namespace {
 constexpr const char* kLabel = "Server";
 constexpr const char* kFileService = "File transfer";
 
-bool PlainFileName(const std::string& name, std::string* why) {
-  if (name.empty() || name.size() > 255) {
-    *why = "a file name must have 1 to 255 characters";
-    return false;
-  }
-  if (name == "." || name == "..") {
-    *why = "\"" + name + "\" is not a file name";
-    return false;
-  }
-  for (unsigned char c : name) {
-    if (c == '/' || c == '\\' || c < 0x20 || c == 0x7f) {
-      *why = "\"" + name + "\" is not a plain file name";
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 struct Server::Connection {
@@ -57,19 +39,12 @@ struct Server::Connection {
   std::vector<char> record;
   std::vector<char> response;
   bool refuse = false;  // over the connection limit: refuse the hello
-  // File transfer in progress.
-  int fileFd = -1;
-  std::string filePart, fileFinal, fileError;
-  uint64_t fileSize = 0, fileReceived = 0;
-  bool fileOverwrite = false;
+  // File puts of a file-transfer connection; made at its first file frame.
+  std::unique_ptr<FileReceiver> files;
 
   void DropFile() {
-    if (fileFd >= 0) ::close(fileFd);
-    fileFd = -1;
-    if (!filePart.empty()) ::unlink(filePart.c_str());
-    filePart.clear();
+    if (files) files->Abandon();
   }
-  ~Connection() { DropFile(); }
 };
 
 const char* Exchange::Text(std::string_view text) {
@@ -164,6 +139,7 @@ CLmError Server::Start() {
     if (ec) {
       return CLmError(kKpErrIo, "cannot create " + options_.tempDirectory + ": " + ec.message());
     }
+    FileReceiver::RemoveStaleParts(options_.tempDirectory);
   }
   if (CLmError e = Listen()) return e;
   stopping_ = false;
@@ -526,113 +502,49 @@ bool Server::File(Connection& c, const kpsHostProtocolHeader& h, const uint8_t* 
     SendError(c, h, kKpErrProtocol, "file frames need the file-transfer facility");
     return false;
   }
-  Deadline deadline = Deadline::After(int64_t(options_.frameTimeoutSeconds) * 1000);
-  auto result = [&](int32_t code, const std::string& reason) {
-    net::ReasonRecord r;
-    r.text = code ? reason.c_str() : nullptr;
-    std::vector<uint8_t> out;
-    wire::EncodeRecord(r, out);
-    kpsHostProtocolHeader a;
-    a.control = net::MakeControl(FrameKind::kFileResult, true);
-    a.jobId = h.jobId;
-    a.status = net::MakeStatus(net::SequenceOf(h), code);
-    if (code) {
-      EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu: file refused: %s",
-                               static_cast<unsigned long long>(c.info.id), reason.c_str());
-    }
-    return !c.conn.Write(a, out.data(), out.size(), deadline);
-  };
-  switch (net::KindOf(h)) {
-    case FrameKind::kFileBegin: {
-      c.DropFile();
-      c.fileError.clear();
-      c.fileReceived = 0;
-      net::FileBeginRecord begin;
-      wire::Arena arena;
-      if (CLmError e = wire::DecodeRecord(payload, length, begin, arena)) {
-        c.fileError = e.Text();
-        return true;
-      }
-      std::string name = begin.fileName ? begin.fileName : "";
-      std::string why;
-      if (!PlainFileName(name, &why)) {
-        c.fileError = why;
-        return true;
-      }
-      if (begin.size > options_.maxFileBytes) {
-        c.fileError = "a file of " + std::to_string(begin.size) + " bytes is above the limit";
-        return true;
-      }
-      c.fileSize = begin.size;
-      c.fileOverwrite = begin.overwrite != 0;
-      c.fileFinal = (std::filesystem::path(options_.tempDirectory) / name).string();
-      c.filePart = (std::filesystem::path(options_.tempDirectory) /
-                    ("." + name + ".part-" + std::to_string(c.info.id)))
-                       .string();
-      c.fileFd = ::open(c.filePart.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644);
-      if (c.fileFd < 0) {
-        c.fileError = "cannot create " + c.filePart + ": " + strerror(errno);
-        c.filePart.clear();
-      }
-      return true;
-    }
-    case FrameKind::kFileData: {
-      if (!c.fileError.empty() || c.fileFd < 0) return true;  // reported at the end
-      if (c.fileReceived + length > c.fileSize) {
-        c.fileError = "more bytes than announced";
-        c.DropFile();
-        return true;
-      }
-      size_t done = 0;
-      while (done < length) {
-        ssize_t n = ::write(c.fileFd, payload + done, length - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) {
-          c.fileError = std::string("write failed: ") + strerror(errno);
-          c.DropFile();
-          return true;
-        }
-        done += size_t(n);
-      }
-      c.fileReceived += length;
-      return true;
-    }
-    default: {  // kFileEnd
-      if (c.fileError.empty() && c.fileFd < 0) c.fileError = "no file was begun";
-      if (c.fileError.empty() && c.fileReceived != c.fileSize) {
-        c.fileError = "received " + std::to_string(c.fileReceived) + " of " +
-                      std::to_string(c.fileSize) + " bytes";
-      }
-      if (c.fileError.empty() && !c.fileOverwrite && std::filesystem::exists(c.fileFinal)) {
-        c.fileError = std::filesystem::path(c.fileFinal).filename().string() + " exists already";
-      }
-      if (c.fileError.empty() && (::fsync(c.fileFd) != 0 || ::close(c.fileFd) != 0)) {
-        c.fileError = std::string("cannot write the file: ") + strerror(errno);
-      } else if (c.fileError.empty()) {
-        c.fileFd = -1;
-        if (::rename(c.filePart.c_str(), c.fileFinal.c_str()) != 0) {
-          c.fileError = std::string("cannot store the file: ") + strerror(errno);
-        } else {
-          c.filePart.clear();
-        }
-      }
-      if (!c.fileError.empty()) {
-        c.DropFile();
-        std::string why = c.fileError;
-        c.fileError.clear();
-        return result(kKpErrRefused, why);
-      }
-      FileStoredHook hook;
-      {
-        std::shared_lock lock(handlersMutex_);
-        hook = fileStored_;
-      }
-      EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu: stored %s",
-                               static_cast<unsigned long long>(c.info.id), c.fileFinal.c_str());
-      if (hook) hook(c.fileFinal, c.info);
-      return result(0, "");
-    }
+  if (!c.files) {
+    FileReceiver::Options o;
+    o.directory = options_.tempDirectory;
+    o.maxFileBytes = options_.maxFileBytes;
+    o.minFreeBytes = options_.minFreeBytes;
+    c.files = std::make_unique<FileReceiver>(std::move(o), c.info.id);
   }
+  FileReceiver::Outcome outcome;
+  switch (net::KindOf(h)) {
+    case FrameKind::kFileBegin:
+      outcome = c.files->Begin(payload, length);
+      break;
+    case FrameKind::kFileData:
+      outcome = c.files->Data(payload, length);
+      break;
+    default:
+      outcome = c.files->End(payload, length);
+      break;
+  }
+  if (!outcome.answer) return true;
+  if (outcome.code != 0) {
+    EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu: file refused: %s",
+                             static_cast<unsigned long long>(c.info.id), outcome.reason.c_str());
+  } else {
+    EvEventWrapper::DebugLvl(kLabel, 2, "connection %llu: stored %s",
+                             static_cast<unsigned long long>(c.info.id), outcome.storedPath.c_str());
+    FileStoredHook hook;
+    {
+      std::shared_lock lock(handlersMutex_);
+      hook = fileStored_;
+    }
+    if (hook) hook(outcome.storedPath, c.info);
+  }
+  net::ReasonRecord r;
+  r.text = outcome.code ? outcome.reason.c_str() : nullptr;
+  std::vector<uint8_t> out;
+  wire::EncodeRecord(r, out);
+  kpsHostProtocolHeader a;
+  a.control = net::MakeControl(FrameKind::kFileResult, true);
+  a.jobId = h.jobId;
+  a.status = net::MakeStatus(net::SequenceOf(h), outcome.code);
+  return !c.conn.Write(a, out.data(), out.size(),
+                       Deadline::After(int64_t(options_.frameTimeoutSeconds) * 1000));
 }
 
 }  // namespace appmgr::server

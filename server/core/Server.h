@@ -4,7 +4,9 @@
 // server offers (or the file-transfer facility); then, for each binary request, the core finds
 // the record by (message id, record length) in the catalogue, decodes it, calls the handler
 // registered for that message and sends the handler's response record under the response id
-// the catalogue pairs with the request. XML requests are dispatched by tag id likewise.
+// the catalogue pairs with the request. XML requests are dispatched by tag id likewise. On a
+// connection of the file-transfer facility, file frames go to the connection's FileReceiver,
+// which writes into tempDirectory (docs/protocol.md, "File transfer").
 //
 // Nothing a peer sends can crash the server or hold a thread forever:
 // - an unknown message, or a request that does not decode, gets an error frame and the
@@ -41,6 +43,7 @@
 #include "platform/net/ControlRecords.h"
 #include "platform/net/Frame.h"
 #include "protocol/Message.h"
+#include "server/core/FileReceiver.h"
 
 class CNMessageBase;
 
@@ -59,7 +62,8 @@ struct ServerOptions {
   std::string tempDirectory;
   std::string fileFacility = "sLNPATCHUPDATECLIENT";
   std::string fileEntry = "sLPUPDATEPATCHES";
-  uint64_t maxFileBytes = 256ull << 20;
+  uint64_t maxFileBytes = 256ull << 20;  // a larger file is refused at its begin
+  uint64_t minFreeBytes = 0;  // a file that would leave less free space on its disk is refused
 };
 
 // What the server knows of a connection.

@@ -6,6 +6,7 @@
 #include "server/handlers/CacheHandlers.h"
 #include "server/handlers/ClientHandlers.h"
 #include "server/handlers/EntityTreeHandlers.h"
+#include "server/handlers/FileContentHandlers.h"
 #include "server/handlers/ListHandlers.h"
 #include "server/handlers/ClientGroupHandlers.h"
 #include "server/handlers/DomainHandlers.h"
@@ -14,6 +15,7 @@
 #include "server/handlers/PreInstallHandlers.h"
 #include "server/handlers/SubclientHandlers.h"
 #include "server/handlers/XmlHandlers.h"
+#include "server/handlers/SnapshotHandlers.h"
 
 namespace appmgr::server {
 
@@ -50,6 +52,8 @@ void RegisterAllHandlers(Server& server, Store& store, const HandlerConfig& conf
   RegisterAlertAndXmlHandlers(server, store);
 
   // snapshot records, mailbox delegates, file transfer
+  RegisterSnapshotHandlers(server, store);
+  RegisterFileContentHandlers(server, store, config.tempDirectory);
 }
 
 }  // namespace appmgr::server

@@ -13,6 +13,9 @@ namespace appmgr::server {
 struct HandlerConfig {
   // The web console address the pre-install look-up answers with.
   std::string webConsoleUrl;
+  // Snapshot records, mailbox delegates, file transfer: the folder the file-transfer facility
+  // writes (empty: files are not received).
+  std::string tempDirectory;
 };
 
 // Registers the handler of every message the server answers.

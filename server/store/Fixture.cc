@@ -96,6 +96,9 @@ class Loader {
   void ClientAdvisory(const json& j, const std::string& path);
   void LogMonitoringParam(const json& j, const std::string& path);
   void Alert(const json& j, const std::string& path);
+  // Snapshot records and mailbox delegates.
+  void Snapshot(const json& j, const std::string& path);
+  void MailboxDelegate(const json& j, const std::string& path);
 
   Store::Transaction& txn_;
   const std::string source_;
@@ -270,7 +273,7 @@ CLmError Loader::Load(const json& root) {
                "properties", "globalParams", "appProperties", "preparedCache", "providers",
                "clouds", "domainClients", "asmInstances", "appIds", "subclientSettings",
                "fileTypeExtensions", "advisoryTypes", "sourceAdvisories", "clientAdvisories",
-               "logMonitoringParams", "alerts"})) {
+               "logMonitoringParams", "alerts", "snapshots", "mailboxDelegates"})) {
     return error_;
   }
   if (!root.contains("format")) {
@@ -317,6 +320,9 @@ CLmError Loader::Load(const json& root) {
   ForEach(root, "", "logMonitoringParams",
           [&](const json& j, const std::string& p) { LogMonitoringParam(j, p); });
   ForEach(root, "", "alerts", [&](const json& j, const std::string& p) { Alert(j, p); });
+  ForEach(root, "", "snapshots", [&](const json& j, const std::string& p) { Snapshot(j, p); });
+  ForEach(root, "", "mailboxDelegates",
+          [&](const json& j, const std::string& p) { MailboxDelegate(j, p); });
   return error_;
 }
 
@@ -868,6 +874,47 @@ void Loader::FileTypeExtension(const json& j, const std::string& path) {
   Statement st =
       txn_.Prepare("INSERT INTO file_type_extensions (file_type, extensions) VALUES (?1, ?2)");
   st.BindText(1, Text(j, path, "fileType", true)).BindText(2, Text(j, path, "extensions", true));
+  Run(st, path);
+}
+
+void Loader::Snapshot(const json& j, const std::string& path) {
+  if (!Object(j, path,
+              {"id", "f1", "f3", "f4", "f5", "f6", "f7", "f8", "f9", "f10", "f11", "f12", "f13",
+               "f14", "f15"})) {
+    return;
+  }
+  Statement st = txn_.Prepare(
+      "INSERT INTO snapshots (id, f1, f3, f4, f5, f6, f7, f8, f9, f10, f11, f12, f13, f14, f15)"
+      " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15)");
+  // The columns after the id, in order, and whether each is a number.
+  static constexpr std::pair<const char*, bool> kFields[] = {
+      {"f1", true},   {"f3", false},  {"f4", false},  {"f5", false}, {"f6", false},
+      {"f7", true},   {"f8", false},  {"f9", false},  {"f10", true}, {"f11", true},
+      {"f12", true},  {"f13", false}, {"f14", false}, {"f15", true}};
+  uint64_t id = U64(j, path, "id", true);
+  if (ok() && id == 0) Fail(path, kStoreErrInvalidArgument, "'id' must not be 0");
+  st.BindU64(1, id);
+  int index = 2;
+  for (const auto& [key, number] : kFields) {
+    if (number) {
+      st.BindU64(index++, U64(j, path, key));
+    } else {
+      st.BindText(index++, Text(j, path, key));
+    }
+  }
+  Run(st, path);
+}
+
+void Loader::MailboxDelegate(const json& j, const std::string& path) {
+  if (!Object(j, path, {"id", "g1", "g2", "g3", "g4", "g5", "g6"})) return;
+  uint64_t id = U64(j, path, "id", true);
+  if (ok() && id == 0) Fail(path, kStoreErrInvalidArgument, "'id' must not be 0");
+  Statement st = txn_.Prepare(
+      "INSERT INTO mailbox_delegates (id, g1, g2, g3, g4, g5, g6)"
+      " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+  st.BindU64(1, id).BindU64(2, U64(j, path, "g1"));
+  const char* texts[] = {"g2", "g3", "g4", "g5", "g6"};
+  for (int i = 0; i < 5; ++i) st.BindText(3 + i, Text(j, path, texts[i]));
   Run(st, path);
 }
 

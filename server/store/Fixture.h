@@ -48,6 +48,8 @@
 //                   acknowledgedBy}: an alert as received from an XML alert list at `time`
 //                   (seconds since 1970-01-01 UTC); clientId 0 or a client; severity 0 to 4;
 //                   acknowledgedAt 0 (the default) leaves it unacknowledged
+//   snapshots       {id, f1, f3 ... f15}: a snapshot record; id is its F2 (not 0)
+//   mailboxDelegates {id, g1 ... g6}: a mailbox delegate; id is its G7 (not 0)
 //
 // Ids, names and the references (appType, client, instance, pair, defaultSubclient, ...) are
 // required; every other member has a default: 0, "", false or an empty list. A guid left out

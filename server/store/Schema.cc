@@ -536,6 +536,35 @@ CREATE TABLE log_monitoring_params (
 ) STRICT, WITHOUT ROWID;
 )sql";
 
+// Migration 8 (client file content): the files clients put into Temp/ and registered, and the
+// values pushed by clients (pushVSData), newest kept.
+constexpr const char* kMigrationFileContent = R"sql(
+-- One row per (client, file name): registering the same name again replaces the row.
+CREATE TABLE file_registrations (
+  id            INTEGER PRIMARY KEY AUTOINCREMENT,
+  client_id     INTEGER NOT NULL REFERENCES clients(id) ON DELETE CASCADE,
+  file_name     TEXT NOT NULL CHECK (file_name <> ''),
+  path          TEXT NOT NULL,
+  stored_path   TEXT NOT NULL,
+  size          INTEGER NOT NULL DEFAULT 0 CHECK (size >= 0),
+  text          TEXT NOT NULL DEFAULT '',
+  registered_at INTEGER NOT NULL,
+  UNIQUE (client_id, file_name)
+) STRICT;
+CREATE INDEX file_registrations_by_name ON file_registrations(file_name);
+
+CREATE TABLE vs_data (
+  id          INTEGER PRIMARY KEY AUTOINCREMENT,
+  received_at INTEGER NOT NULL,
+  value1      INTEGER NOT NULL DEFAULT 0,
+  value2      INTEGER NOT NULL DEFAULT 0,
+  value3      INTEGER NOT NULL DEFAULT 0,
+  value4      INTEGER NOT NULL DEFAULT 0,
+  text        TEXT NOT NULL DEFAULT '',
+  number      INTEGER NOT NULL DEFAULT 0
+) STRICT;
+)sql";
+
 constexpr Migration kMigrations[] = {
     {1, "entity tree", kMigration1},
     {2, "entity lists", kMigrationEntityLists},
@@ -544,6 +573,7 @@ constexpr Migration kMigrations[] = {
     {5, "subclients", kMigrationSubclients},
     {6, "instances and application types", kMigrationInstances},
     {7, "alerts, advisories and log monitoring", kMigrationAlertsAndMonitoring},
+    {8, "client file content", kMigrationFileContent},
 };
 
 constexpr const char* kLabel = "Store::Migrate";

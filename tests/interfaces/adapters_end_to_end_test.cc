@@ -270,7 +270,6 @@ TEST_F(AdaptersEndToEnd, EmptyAnswersRefusalsAndLocalOperations) {
   EXPECT_EQ(err_, "kept");
   EXPECT_EQ(a.deleteCloud(1, err_, nullptr), 0xa0010);
   EXPECT_EQ(err_, "Api not implemented.");
-  EXPECT_EQ(a.getClientFileContent(3, "a", "b", nullptr), 0xa0010);
   EXPECT_EQ(ClientSessionWrapper::m_nTotalMessageCalls.load(), sent);
   L cloud{0};
   EXPECT_EQ(a.getCloudList(cloud, names, 1, err_, nullptr), 0) << "the cloud is still there";

@@ -591,12 +591,6 @@ TEST_F(AdaptersListsTest, OperationsAnsweredLocallySendNothing) {
        [&](std::string& e) { return a.getRightsOnCredentialsForUser(1, 2, u, e, nullptr); }},
       {"getCredentialNameForId",
        [&](std::string& e) { return a.getCredentialNameForId(1, text, e, nullptr); }},
-      // No error string at all.
-      {"setClientFileContent",
-       [&](std::string&) { return a.setClientFileContent(1, "/tmp/f", "t", nullptr); }},
-      {"getClientFileContent",
-       [&](std::string&) { return a.getClientFileContent(1, "a", "b", nullptr); }},
-      {"pushVSData", [&](std::string&) { return a.pushVSData(1, 2, 3, 4, "t", 5, nullptr); }},
   };
   std::vector<std::pair<const char*, std::function<int(std::string&)>>> noOps = {
       {"setOpRules", [&](std::string& e) { return a.setOpRules(1, names, e, nullptr); }},

@@ -23,6 +23,10 @@
 #include "appmgr/CertificateInterface.h"
 #include "appmgr/DaxBackupInterface.h"
 #include "appmgr/LogMonitorInterface.h"
+#include "appmgr/MailBoxDelegateInterface.h"
+#include "appmgr/SnapInterface.h"
+#include "appmgr/records/MailBoxDelegateRecords.h"
+#include "appmgr/records/SnapInfoRecords.h"
 #include "tests/session/SessionFixture.h"
 
 namespace {
@@ -75,7 +79,8 @@ void* LibraryTest::lib_ = nullptr;
 TEST_F(LibraryTest, ExportsItsFunctionsUnderOneVersionNodeAndHidesTheRest) {
   for (const char* name : {"getLibraryInterface", "EnableClientMessageCache", "EnableServerSideMessageCache",
                            "GetDataInPreInstallMode", "CleanClientSessionPool", "TerminateClientSessions",
-                           "GetClientLibraryStatistics", "GetClientLibraryVersion"}) {
+                           "GetClientLibraryStatistics", "GetClientLibraryVersion",
+                           "SetFileTransferProgressCallback"}) {
     void* plain = dlsym(lib_, name);
     EXPECT_NE(plain, nullptr) << name;
     // A program linked against the library binds to this node; a library without it is refused.
@@ -190,6 +195,36 @@ TEST_F(LibraryTest, TheFactoryMakesWorkingPassthroughAndCertificateInterfaces) {
   int count = 3;
   EXPECT_EQ(cert->countActiveCertificates(0, 0, &count, nullptr), -1);
   EXPECT_EQ(count, 3);
+}
+
+TEST_F(LibraryTest, TheFactoryMakesWorkingSnapshotAndDelegateInterfaces) {
+  server_->On(appmgr::msg::kSnapLookup, [](const SanpInfoReq& req, SanpInfoResp& resp, appmgr::server::Exchange& x) {
+    resp.info.f2 = req.info.f2;
+    resp.info.f4 = x.Text("snap-" + std::to_string(req.info.f2));
+  });
+  server_->On(appmgr::msg::kDelegateGetList, [](const GetMailBoxDelegateListReq& req, GetMailBoxDelegateListResp& resp,
+                                                appmgr::server::Exchange& x) {
+    resp.count = 1;
+    resp.infos = x.Array<MailBoxDelegate>(1);
+    resp.infos[0].g7 = req.selector * 2;
+    resp.infos[0].g2 = x.Text("delegate");
+  });
+  auto get = Symbol<AppMgrGetLibraryInterfaceFn>("getLibraryInterface");
+  std::unique_ptr<SnapInterface> snap(static_cast<SnapInterface*>(get(APPMGR_INTERFACE_SNAP_INFO)));
+  std::unique_ptr<MailBoxDelegateInterface> delegates(
+      static_cast<MailBoxDelegateInterface*>(get(APPMGR_INTERFACE_MAILBOX_DELEGATE)));
+  ASSERT_NE(snap, nullptr);
+  ASSERT_NE(delegates, nullptr);
+  std::string err;
+  _AppSnapInfo info;
+  info.F2 = 77;
+  ASSERT_EQ(snap->lookup(info, err, nullptr), 0) << err;
+  EXPECT_EQ(info.F4, "snap-77");
+  std::list<_MailBoxDelegateInfo> list;
+  ASSERT_EQ(delegates->getMailBoxDelegateList(list, 21, err, nullptr), 0) << err;
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list.front().G7, 42u);
+  EXPECT_EQ(list.front().G2, "delegate");
 }
 
 TEST_F(LibraryTest, SwitchesReachTheLibrarysOwnCacheAndPools) {

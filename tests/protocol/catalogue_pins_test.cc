@@ -42,6 +42,9 @@ constexpr Pin kPins[] = {
 #include "tests/protocol/pins/AppType.inc"
 #include "tests/protocol/pins/Alerts.inc"
 #include "tests/protocol/pins/Xml.inc"
+#include "tests/protocol/pins/SnapInfo.inc"
+#include "tests/protocol/pins/MailBoxDelegate.inc"
+#include "tests/protocol/pins/FileContent.inc"
 };
 
 std::string Hex(uint32_t id) {

@@ -1,5 +1,6 @@
 // ServedStore: the store of a test, loaded with the demo fixture, behind an in-process server
-// core with every appmgrd handler, on a free loopback port.
+// core with every appmgrd handler, on a free loopback port, receiving files into Temp/ of its
+// folder.
 //
 // The store lives in a TempStore (its own temporary folder and log). The destructor stops the
 // server before the store closes, as appmgrd does.
@@ -26,8 +27,9 @@ class ServedStore {
     o.address = "127.0.0.1";
     o.port = 0;
     o.name = "served-store";
+    o.tempDirectory = tempDirectory();
     server_ = std::make_unique<Server>(o);
-    RegisterAllHandlers(*server_, t_.store(), {webConsoleUrl});
+    RegisterAllHandlers(*server_, t_.store(), {webConsoleUrl, tempDirectory()});
     EXPECT_OK(server_->Start());
   }
   ~ServedStore() { server_->Stop(); }
@@ -39,6 +41,8 @@ class ServedStore {
   }
   Store& store() { return t_.store(); }
   Server& server() { return *server_; }
+  // The folder files put through the file-transfer facility go to.
+  std::string tempDirectory() const { return t_.dir() + "/Temp"; }
 
  private:
   TempStore t_;

@@ -373,13 +373,23 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"UnknownLogTarget", {"--data", "DATA", "--log-to", "syslog"}, "--log-to"}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST(Appmgrd, ListFilesNeedsAnExistingDatabaseAndCreatesNothing) {
+  TestSettings settings;
+  std::string data = settings.dir() + "/empty-data";
+  AppmgrdProcess::RunResult r = AppmgrdProcess::Run({"--data", data, "--list-files"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err, "appmgrd: there is no database at " + data + "/appmgr.db\n");
+  EXPECT_FALSE(fs::exists(data));
+}
+
 TEST(Appmgrd, HelpListsEveryOptionAndVersionNamesTheReleaseBothExitingZero) {
   AppmgrdProcess::RunResult r = AppmgrdProcess::Run({"--help"});
   EXPECT_EQ(r.status, 0);
   for (const char* option :
        {"--listen", "--port", "--data", "--fixture", "--port-file", "--log-dir", "--log-level",
         "--idle-timeout", "--max-connections", "--web-console-url", "--max-file-mb",
-        "--max-frame-bytes", "--log-to", "--check", "--version", "--shared-database"}) {
+        "--max-frame-bytes", "--log-to", "--check", "--version", "--shared-database",
+        "--install-dir", "--min-free-mb", "--list-files"}) {
     EXPECT_NE(r.out.find(option), std::string::npos) << option;
   }
   r = AppmgrdProcess::Run({"--version"});

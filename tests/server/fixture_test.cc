@@ -10,6 +10,7 @@
 
 #include "server/store/BackupSetStore.h"
 #include "server/store/PropertyStore.h"
+#include "server/store/SnapshotStore.h"
 #include "server/store/StoreErrors.h"
 #include "tests/server/TempStore.h"
 
@@ -193,6 +194,42 @@ INSTANTIATE_TEST_SUITE_P(
                       "value": [{"id": 1, "option": 4294967296}]}])",
                  kStoreErrInvalidArgument, "appIds[0]: 'option' must fit in 32 unsigned bits"}),
     [](const testing::TestParamInfo<BadEntry>& i) { return std::string(i.param.name); });
+
+// Snapshot records and mailbox delegates.
+INSTANTIATE_TEST_SUITE_P(
+    SnapshotCases, FixtureWithABadEntry,
+    testing::Values(
+        BadEntry{"snapshot_id_zero",
+                 R"([{"op": "add", "path": "/snapshots", "value": [{"id": 0}]}])",
+                 kStoreErrInvalidArgument, "snapshots[0]: 'id' must not be 0"},
+        BadEntry{"snapshot_text_as_number",
+                 R"([{"op": "add", "path": "/snapshots", "value": [{"id": 1, "f4": 4}]}])",
+                 kStoreErrInvalidArgument, "snapshots[0]: 'f4' must be a string"},
+        BadEntry{"snapshot_twice",
+                 R"([{"op": "add", "path": "/snapshots", "value": [{"id": 1}, {"id": 1}]}])",
+                 kStoreErrConflict, "snapshots[1]: inserting: UNIQUE constraint failed"},
+        BadEntry{"delegate_without_id",
+                 R"([{"op": "add", "path": "/mailboxDelegates", "value": [{"g1": 4}]}])",
+                 kStoreErrInvalidArgument, "mailboxDelegates[0]: 'id' is missing"},
+        BadEntry{"delegate_unknown_member",
+                 R"([{"op": "add", "path": "/mailboxDelegates", "value": [{"id": 1, "g7": 1}]}])",
+                 kStoreErrInvalidArgument, "mailboxDelegates[0]: unknown member 'g7'"}),
+    [](const testing::TestParamInfo<BadEntry>& i) { return std::string(i.param.name); });
+
+TEST(DemoFixture, HoldsSnapshotRecordsAndMailboxDelegates) {
+  TempStore t;
+  ASSERT_OK(t.Open());
+  ASSERT_OK(t.store().LoadFixture(APPMGR_SOURCE_DIR "/server/fixtures/demo.json"));
+  std::vector<SnapshotRecord> snapshots;
+  ASSERT_OK(SnapshotStore(t.store()).List(&snapshots));
+  ASSERT_EQ(snapshots.size(), 2u);
+  EXPECT_EQ(snapshots[0].f2, 501u);
+  EXPECT_EQ(snapshots[0].f4, "D:\\");
+  EXPECT_EQ(snapshots[0].f14, "created by the demo");
+  std::vector<DelegateRecord> delegates;
+  ASSERT_OK(DelegateStore(t.store()).List(4, &delegates));
+  EXPECT_EQ(delegates.size(), 2u);
+}
 
 TEST(Fixture, AFailureKeepsWhatWasThereBefore) {
   TempStore t;

@@ -10,8 +10,8 @@ add_dependencies(appmgr_test_appmgrd appmgrd)
 
 appmgr_test(server_handlers_tests
   SOURCES server/handlers_test.cc server/list_handlers_test.cc server/client_handlers_test.cc
-          server/params_handlers_test.cc
-  SOURCES server/handlers_test.cc server/list_handlers_test.cc server/xml_handlers_test.cc
+          server/params_handlers_test.cc server/xml_handlers_test.cc server/snapshot_handlers_test.cc
+          server/file_content_handlers_test.cc
   LIBS appmgr_handlers)
 appmgr_test(server_handlers_concurrency_tests CONCURRENCY
   SOURCES server/handlers_concurrency_test.cc

@@ -7,6 +7,7 @@ appmgr_test(server_store_tests
           server/apptype_store_test.cc
           server/alert_store_test.cc server/advisory_store_test.cc
           server/log_monitor_store_test.cc
+          server/snapshot_store_test.cc server/file_content_store_test.cc
   LIBS appmgr_store)
 # The fixture test loads the shipped demo fixture from the source tree.
 if(TARGET server_store_tests)

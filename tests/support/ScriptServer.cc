@@ -51,6 +51,8 @@ void ScriptServer::Restart() {
   o.frameTimeoutSeconds = options_.frameTimeoutSeconds;
   o.maxFrameBytes = options_.maxFrameBytes;
   o.tempDirectory = options_.tempDirectory;
+  o.maxFileBytes = options_.maxFileBytes;
+  o.minFreeBytes = options_.minFreeBytes;
   auto server = std::make_unique<Server>(o);
   Install(*server);
   if (CLmError e = server->Start()) throw std::runtime_error("ScriptServer: " + e.AsString());

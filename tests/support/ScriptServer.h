@@ -31,6 +31,8 @@ class ScriptServer {
   struct Options {
     std::vector<std::string> services = {"AppManager network access"};
     std::string tempDirectory;  // enables the file-transfer facility
+    uint64_t maxFileBytes = 256ull << 20;
+    uint64_t minFreeBytes = 0;
     int idleTimeoutSeconds = 300;
     int frameTimeoutSeconds = 10;
     size_t maxConnections = 64;

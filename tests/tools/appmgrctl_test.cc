@@ -34,7 +34,9 @@ AppmgrdProcess::Options ServerOptions(std::vector<std::string> extraArgs = {}) {
 
 class AppmgrctlTest : public testing::Test {
  protected:
-  AppmgrctlTest() : server_(ServerOptions()), settings_(ControlhostAt(server_), 4) {}
+  // Shared: a case reads the database with appmgrd --list-files while the server runs.
+  AppmgrctlTest()
+      : server_(ServerOptions({"--shared-database"})), settings_(ControlhostAt(server_), 4) {}
 
   static std::string ControlhostAt(const AppmgrdProcess& server) {
     return "[Controlhost]\nsHOSTNAME = " + server.host() + "\nsCLIENTNAME = ch01\n";
@@ -864,4 +866,108 @@ TEST_F(AppmgrctlTest, XmlFamilyFailuresExitWithTheServersCodeAndText) {
     const std::string err = c.status == 1 ? "appmgrctl: " + c.err : c.err;
     EXPECT_TRUE(run.err.starts_with(err)) << Describe(c.args) << ": " << run.err;
   }
+}
+
+TEST_F(AppmgrctlTest, SnapshotAndDelegateCommandsRoundTripAndFail) {
+  CtlRun run = Ctl({"snapshot", "lookup", "502"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "FIELD  VALUE\n"
+            "id     502\n"
+            "f1     3\n"
+            "f4     E:\\\n"
+            "f5     array01\n"
+            "f6     vol-sales-02\n"
+            "f8     snap-20240301-0200\n"
+            "f9     {6f1c2a90-snap-0002}\n"
+            "f10    1709258400\n"
+            "f11    536870912\n"
+            "f12    2\n"
+            "f13    hourly\n"
+            "f15    7\n");
+
+  EXPECT_EQ(CtlJson({"snapshot", "set", "600", "--f3", "NEWDB", "--f4", "F:\\", "--f15", "9"}),
+            (json{{"id", 600}, {"set", true}}));
+  json list = CtlJson({"snapshot", "list"});
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[2]["id"], 600);
+  EXPECT_EQ(list[2]["f3"], "NEWDB");
+  EXPECT_EQ(list[2]["f15"], 9);
+  EXPECT_EQ(CtlJson({"snapshot", "remove", "600"}), (json{{"id", 600}, {"removed", true}}));
+
+  json delegates = CtlJson({"delegate", "list", "--selector", "4"});
+  ASSERT_EQ(delegates.size(), 2u);
+  EXPECT_EQ(delegates[1]["g3"], "carol@lab.example.net");
+  EXPECT_EQ(CtlJson({"delegate", "list"}).size(), 3u);
+  EXPECT_EQ(CtlJson({"delegate", "create", "9", "--g1", "4", "--g2", "x@lab"}),
+            (json{{"id", 9}, {"create", true}}));
+  EXPECT_EQ(CtlJson({"delegate", "lookup", "9"})["g2"], "x@lab");
+  EXPECT_EQ(CtlJson({"delegate", "remove-list", "9", "1"}), (json{{"removed", {9, 1}}}));
+
+  struct Case {
+    std::vector<std::string> args;
+    std::string err;
+  } failures[] = {
+      {{"snapshot", "lookup", "999"}, "error 1: snapshot record 999 does not exist\n"},
+      {{"snapshot", "create", "501"}, "error 2: snapshot record 501 exists already\n"},
+      {{"delegate", "remove", "1"}, "error 1: mailbox delegate 1 does not exist\n"},
+      {{"delegate", "remove-list", "2", "77"},
+       "error 1: mailbox delegate 77 does not exist; none was removed\n"},
+  };
+  for (const Case& c : failures) {
+    CtlRun failed = Ctl(c.args);
+    EXPECT_EQ(failed.status, 1) << Describe(c.args);
+    EXPECT_EQ(failed.err, "appmgrctl: " + c.err) << Describe(c.args);
+  }
+}
+
+TEST_F(AppmgrctlTest, FilePutStoresAndRegistersTheFileWithPlainProgressLines) {
+  // The registered path is built from the install folder the settings name.
+  TestSettings settings(ControlhostAt(server_) + "sINSTALLDIRECTORY = " + server_.dataDir() + "\n", 4);
+  std::string local = settings.dir() + "/payload.bin";
+  std::string body(3u << 20, '\0');
+  for (size_t i = 0; i < body.size(); ++i) body[i] = char(i * 131 % 251);
+  std::ofstream(local, std::ios::binary) << body;
+
+  std::vector<std::string> args = {"--lib",  APPMGRNET_PATH, "--settings", settings.path(), "--json",
+                                   "file",   "put",          local,        "--client",      "3",
+                                   "--text", "nightly"};
+  CtlRun run = RunCtl(args);
+  ASSERT_EQ(run.status, 0) << run.err;
+  json put = json::parse(run.out);
+  EXPECT_EQ(put["file"], "payload.bin");
+  EXPECT_EQ(put["bytes"], body.size());
+  EXPECT_EQ(put["client"], 3);
+  // Not a terminal: plain lines, the last one for the last byte.
+  EXPECT_NE(run.err.find("put payload.bin: 3145728 of 3145728 bytes (100%), "), std::string::npos) << run.err;
+  EXPECT_EQ(run.err.find('\r'), std::string::npos);
+  EXPECT_TRUE(ReadFileText(server_.dataDir() + "/Temp/payload.bin") == body);
+
+  AppmgrdProcess::RunResult listed = AppmgrdProcess::Run({"--data", server_.dataDir(), "--list-files"});
+  EXPECT_EQ(listed.status, 0) << listed.err;
+  std::string stored = server_.dataDir() + "/Temp/payload.bin";
+  EXPECT_NE(listed.out.find("\t3\tpayload.bin\t3145728\t"), std::string::npos) << listed.out;
+  EXPECT_NE(listed.out.find("\tnightly\t" + stored + "\t" + stored + "\n"), std::string::npos) << listed.out;
+
+  args[3] = settings_.path();  // again, without progress
+  args.push_back("--no-progress");
+  run = RunCtl(args);
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+
+  // A name the server keeps for files in transfer is refused: the put fails, with no text.
+  std::string hidden = settings.dir() + "/.x.part-1";
+  std::ofstream(hidden) << "x";
+  run = RunCtl({"--lib", APPMGRNET_PATH, "--settings", settings.path(), "file", "put", hidden,
+                "--client", "3", "--no-progress"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "appmgrctl: error 1: the file was not put or not registered (the library's log has the cause)\n");
+}
+
+TEST_F(AppmgrctlTest, TheTwoOneRecordFileRequestsReportThatTheyWereSent) {
+  EXPECT_EQ(CtlJson({"file", "push-vs-data", "1", "2", "3", "0x4", "vs01", "-5"}),
+            (json{{"values", {1, 2, 3, 4}}, {"text", "vs01"}, {"number", -5}, {"sent", true}}));
+  // The server's answer is not read: a file nobody registered is still "sent".
+  EXPECT_EQ(CtlJson({"file", "get-content", "3", "nothing.txt"}),
+            (json{{"client", 3}, {"text1", "nothing.txt"}, {"text2", ""}, {"sent", true}}));
 }

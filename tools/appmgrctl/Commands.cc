@@ -37,6 +37,9 @@ CommandFamily AppTypeCommands();
 
 CommandFamily AlertCommands();
 
+CommandFamily SnapshotCommands();
+CommandFamily FileCommands();
+
 CommandFamily GeneralCommands();
 
 namespace {
@@ -64,6 +67,9 @@ struct Table {
     Add(AppTypeCommands());
 
     Add(AlertCommands());
+
+    Add(SnapshotCommands());
+    Add(FileCommands());
 
     Add(GeneralCommands());
   }

@@ -138,6 +138,12 @@ struct Args {
   unsigned logType = 0;
 
   // Snapshots, mailbox delegates, file transfer.
+  // The fields given as --f1 ... --f15 (a snapshot record) or --g1 ... --g6 (a delegate), by
+  // field number; the record's id (F2, G7) is the command's ID.
+  unsigned long fieldNumbers[16] = {};
+  std::string fieldTexts[16];
+  bool selectorGiven = false;  // delegate list --selector
+  bool noProgress = false;     // file put
 };
 
 // What a handler returns.

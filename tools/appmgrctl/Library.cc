@@ -123,6 +123,8 @@ std::unique_ptr<Library> Library::Load(const std::vector<Candidate>& candidates,
             dlsym(handle, "GetClientLibraryVersion"))) {
       if (const char* text = version()) lib->version_ = text;
     }
+    lib->setFileTransferProgressCallback_ = reinterpret_cast<AppMgrSetFileTransferProgressCallbackFn>(
+        dlsym(handle, "SetFileTransferProgressCallback"));
     if (lib->Object<BSInterface>(APPMGR_INTERFACE_BACKUP_SET) == nullptr) {
       *error = path + ": getLibraryInterface(" + std::to_string(APPMGR_INTERFACE_BACKUP_SET) +
                ") made no backup-set interface";

@@ -104,6 +104,13 @@ class Library {
   int GetClientLibraryStatistics(AppMgrNetStatistics* out) {
     return getClientLibraryStatistics_(out);
   }
+  // Follows the file puts of this process; false when the library cannot report them (an older
+  // library without SetFileTransferProgressCallback, which is not required).
+  bool SetFileTransferProgress(AppMgrFileProgressFn callback, void* context) {
+    if (setFileTransferProgressCallback_ == nullptr) return false;
+    setFileTransferProgressCallback_(callback, context);
+    return true;
+  }
 
  private:
   struct Closer {
@@ -130,6 +137,7 @@ class Library {
   AppMgrVoidFn cleanClientSessionPool_ = nullptr;
   AppMgrVoidFn terminateClientSessions_ = nullptr;
   AppMgrGetClientLibraryStatisticsFn getClientLibraryStatistics_ = nullptr;
+  AppMgrSetFileTransferProgressCallbackFn setFileTransferProgressCallback_ = nullptr;  // optional
 };
 
 }  // namespace appmgrctl

@@ -134,10 +134,11 @@ std::string RenderGenerated() {
 
   out << "### Control records\n\n"
       << "The session's own records, carried by the hello, hello-accept, hello-refuse, error, "
-         "file-begin and file-result frames.\n\n";
+         "file-begin, file-end and file-result frames.\n\n";
   for (const RecordSchema* r :
        {&wire::Wire<net::HelloRecord>::schema, &wire::Wire<net::HelloAcceptRecord>::schema,
-        &wire::Wire<net::ReasonRecord>::schema, &wire::Wire<net::FileBeginRecord>::schema}) {
+        &wire::Wire<net::ReasonRecord>::schema, &wire::Wire<net::FileBeginRecord>::schema,
+        &wire::Wire<net::FileEndRecord>::schema}) {
     RenderRecord(*r, out);
   }
 

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,7 @@
 #include "platform/net/XdrCodec.h"
 #include "platform/xml/AppMessages.h"
 #include "protocol/Messages.h"
+#include "tests/support/RawFiles.h"
 #include "tests/support/RawPeer.h"
 #include "tests/support/ScriptServer.h"
 #include "tests/support/TestSettings.h"
@@ -360,53 +362,38 @@ class FilePutTest : public SessionTest {
     local_ = settings_.dir() + "/local";
     std::filesystem::create_directories(local_);
   }
+  ScriptServer::Options ServerOptions() const {
+    ScriptServer::Options o;
+    o.tempDirectory = temp_;
+    return o;
+  }
+  // Names in the server's folder, hidden part files included.
+  std::set<std::string> Stored() const {
+    std::set<std::string> names;
+    for (auto& entry : std::filesystem::directory_iterator(temp_)) names.insert(entry.path().filename());
+    return names;
+  }
+  static CLmError Attach(CKpNetwork& s, const ScriptServer& server) {
+    kpsExecuteRemoteDllType facility;
+    facility.facility = "sLNPATCHUPDATECLIENT";
+    facility.entry = "sLPUPDATEPATCHES";
+    bool aborted = false;
+    return s.Attach_RemoteDLL(server.connectString(), &facility, "client01", 5, aborted);
+  }
+  static CLmError Put(CKpNetwork& s, const std::string& directory, const std::string& name,
+                      kpsFilexferRequest* req = nullptr) {
+    kpsFilexferRequest local;
+    if (req == nullptr) req = &local;
+    snprintf(req->sourceFileName, sizeof req->sourceFileName, "%s", name.c_str());
+    req->overwrite = req->binary = 1;
+    bool aborted = false;
+    return s.PutFileRequest(directory, req, 10, aborted);
+  }
   std::string temp_, local_;
 };
 
-// Speaks the file frames directly, so names no client would send reach the server.
-int32_t RawPut(const ScriptServer& server, const std::string& name, const std::string& body,
-               std::string* reason) {
-  appmgr::net::Socket sock;
-  if (appmgr::net::Socket::Connect("127.0.0.1", server.port(), Deadline::After(2000), &sock)) return -1;
-  FrameConn conn(std::move(sock));
-  appmgr::net::HelloRecord hello;
-  hello.frameVersion = 1;
-  hello.service = "File transfer";
-  hello.client = "raw";
-  hello.facility = "sLNPATCHUPDATECLIENT";
-  hello.entry = "sLPUPDATEPATCHES";
-  std::vector<uint8_t> out;
-  appmgr::wire::EncodeRecord(hello, out);
-  kpsHostProtocolHeader h;
-  h.control = appmgr::net::MakeControl(appmgr::net::FrameKind::kHello, false);
-  conn.Write(h, out.data(), out.size(), Deadline::After(2000));
-  if (!RawPeer::ReadFrame(conn)) return -2;
-  appmgr::net::FileBeginRecord begin;
-  begin.fileName = name.c_str();
-  begin.overwrite = 1;
-  begin.size = body.size();
-  out.clear();
-  appmgr::wire::EncodeRecord(begin, out);
-  h.control = appmgr::net::MakeControl(appmgr::net::FrameKind::kFileBegin, false);
-  conn.Write(h, out.data(), out.size(), Deadline::After(2000));
-  h.control = appmgr::net::MakeControl(appmgr::net::FrameKind::kFileData, false);
-  conn.Write(h, body.data(), body.size(), Deadline::After(2000));
-  h.control = appmgr::net::MakeControl(appmgr::net::FrameKind::kFileEnd, false);
-  conn.Write(h, nullptr, 0, Deadline::After(2000));
-  const uint8_t* p = nullptr;
-  size_t n = 0;
-  if (conn.Read(&h, &p, &n, Deadline::After(2000), 65536)) return -3;
-  appmgr::net::ReasonRecord r;
-  appmgr::wire::Arena arena;
-  appmgr::wire::DecodeRecord(p, n, r, arena);
-  if (reason) *reason = r.text ? r.text : "";
-  return appmgr::net::StatusOf(h);
-}
-
 TEST_F(FilePutTest, StoresPlainNamesInTempAndNothingElse) {
-  ScriptServer::Options o;
-  o.tempDirectory = temp_;
-  ScriptServer server(o);
+  ScriptServer server(ServerOptions());
   struct Case {
     const char* name;
     bool stored;
@@ -414,75 +401,148 @@ TEST_F(FilePutTest, StoresPlainNamesInTempAndNothingElse) {
                {".", false},         {"a/b.txt", false},         {"a\\b.txt", false},
                {"/etc/passwd", false}, {"", false}, {"spaces in name.bin", true}};
   for (const Case& c : cases) {
-    std::string reason;
-    int32_t status = RawPut(server, c.name, std::string("content of ") + c.name, &reason);
+    RawFiles raw(server.port());
+    ASSERT_TRUE(raw.attached());
+    std::string body = std::string("content of ") + c.name, reason;
+    raw.Begin(c.name, body.size());
+    raw.Data(body);
+    raw.End(body);
+    int32_t status = raw.Result(&reason);
     if (c.stored) {
       ASSERT_EQ(status, 0) << c.name << ": " << reason;
-      std::ifstream in(temp_ + "/" + c.name);
-      std::string got((std::istreambuf_iterator<char>(in)), {});
-      EXPECT_EQ(got, std::string("content of ") + c.name);
+      EXPECT_EQ(ReadFileText(temp_ + "/" + c.name), body);
     } else {
-      EXPECT_EQ(status, kKpErrRefused) << "[" << c.name << "]";
+      EXPECT_EQ(status, kKpErrBadArgument) << "[" << c.name << "]";
       EXPECT_FALSE(reason.empty()) << c.name;
     }
   }
-  std::set<std::string> names;
-  for (auto& entry : std::filesystem::directory_iterator(temp_)) names.insert(entry.path().filename());
-  EXPECT_EQ(names, (std::set<std::string>{"report.txt", "spaces in name.bin"}));
+  // A NUL inside the name: no encoder makes one, so the bytes are altered on the way.
+  {
+    RawFiles raw(server.port());
+    std::vector<uint8_t> record = RawFiles::BeginBytes("nulXname.txt", 1);
+    std::replace(record.begin(), record.end(), uint8_t('X'), uint8_t(0));
+    raw.Begin(record);
+    raw.Data("x");
+    raw.End("x");
+    std::string reason;
+    EXPECT_EQ(raw.Result(&reason), kKpErrBadArgument);
+    EXPECT_NE(reason.find("NUL"), std::string::npos) << reason;
+  }
+  EXPECT_EQ(Stored(), (std::set<std::string>{"report.txt", "spaces in name.bin"}));
   EXPECT_FALSE(std::filesystem::exists(settings_.dir() + "/server/escape.txt"));
 }
 
-TEST_F(FilePutTest, ClientPutsALocalFile) {
-  ScriptServer::Options o;
-  o.tempDirectory = temp_;
-  ScriptServer server(o);
+struct Progress {
+  std::vector<std::pair<unsigned long long, unsigned long long>> calls;
+  std::string name;
+  static void Record(void* context, const char* name, unsigned long long sent, unsigned long long total) {
+    auto* p = static_cast<Progress*>(context);
+    p->name = name;
+    p->calls.push_back({sent, total});
+  }
+};
+
+TEST_F(FilePutTest, ClientStreamsALocalFileAndReportsItsProgress) {
+  ScriptServer server(ServerOptions());
   std::string big(3u << 20, 'x');  // several data frames
   for (size_t i = 0; i < big.size(); i += 4096) big[i] = char('a' + i % 26);
   std::ofstream(local_ + "/big.bin", std::ios::binary) << big;
-  kpsExecuteRemoteDllType facility;
-  facility.facility = "sLNPATCHUPDATECLIENT";
-  facility.entry = "sLPUPDATEPATCHES";
   CKpNetwork s;
-  bool aborted = false;
-  ASSERT_FALSE(s.Attach_RemoteDLL(server.connectString(), &facility, "client01", 5, aborted));
+  ASSERT_FALSE(Attach(s, server));
+  Progress progress;
+  CKpNetwork::SetPutProgressObserver(Progress::Record, &progress);
   kpsFilexferRequest req;
-  snprintf(req.sourceFileName, sizeof req.sourceFileName, "big.bin");
-  req.overwrite = req.binary = 1;
-  ASSERT_FALSE(s.PutFileRequest(local_, &req, 10, aborted));
+  CLmError e = Put(s, local_, "big.bin", &req);
+  CKpNetwork::SetPutProgressObserver(nullptr, nullptr);
+  ASSERT_FALSE(e) << e.AsString();
   EXPECT_EQ(req.bytesSent, big.size());
-  std::ifstream in(temp_ + "/big.bin", std::ios::binary);
-  std::string got((std::istreambuf_iterator<char>(in)), {});
-  EXPECT_TRUE(got == big);
+  EXPECT_TRUE(ReadFileText(temp_ + "/big.bin") == big);
+  EXPECT_EQ(progress.name, "big.bin");
+  ASSERT_EQ(progress.calls.size(), 4u) << "before the first byte, then once per 1 MiB frame";
+  EXPECT_EQ(progress.calls.front(), (std::pair<unsigned long long, unsigned long long>{0, big.size()}));
+  EXPECT_EQ(progress.calls[1].first, 1u << 20);
+  EXPECT_EQ(progress.calls.back().first, big.size());
 
-  // A bare file name given as its own directory is the file itself.
+  // A bare file name given as its own directory is the file itself; the session goes on.
   std::ofstream(local_ + "/solo.txt") << "solo";
-  snprintf(req.sourceFileName, sizeof req.sourceFileName, "solo.txt");
-  ASSERT_FALSE(s.PutFileRequest(local_ + "/solo.txt", &req, 5, aborted));
-  EXPECT_TRUE(std::filesystem::exists(temp_ + "/solo.txt"));
+  ASSERT_FALSE(Put(s, local_ + "/solo.txt", "solo.txt"));
+  EXPECT_EQ(ReadFileText(temp_ + "/solo.txt"), "solo");
+  EXPECT_EQ(Stored(), (std::set<std::string>{"big.bin", "solo.txt"}));
+}
+
+TEST_F(FilePutTest, ARefusedFileStopsTheSenderAndLeavesTheSessionUsable) {
+  ScriptServer::Options o = ServerOptions();
+  o.maxFileBytes = 1u << 20;
+  ScriptServer server(o);
+  {
+    // 64 MiB that take no room: a sparse file reads as zeros.
+    std::ofstream(local_ + "/huge.bin");
+    std::filesystem::resize_file(local_ + "/huge.bin", 64u << 20);
+  }
+  CKpNetwork s;
+  ASSERT_FALSE(Attach(s, server));
+  Progress progress;
+  CKpNetwork::SetPutProgressObserver(Progress::Record, &progress);
+  CLmError e = Put(s, local_, "huge.bin");
+  CKpNetwork::SetPutProgressObserver(nullptr, nullptr);
+  EXPECT_EQ(e.GetErrorCode(), kKpErrLimit);
+  EXPECT_NE(e.Text().find("the server did not store huge.bin: huge.bin has 67108864 bytes, above this "
+                          "server's limit of 1048576 bytes per file"),
+            std::string::npos)
+      << e.AsString();
+  ASSERT_FALSE(progress.calls.empty());
+  EXPECT_LT(progress.calls.back().first, 16u << 20) << "the sender stops once refused";
+  EXPECT_FALSE(s.IsBroken());
+
+  std::ofstream(local_ + "/small.txt") << "small";
+  EXPECT_FALSE(Put(s, local_, "small.txt"));
+  EXPECT_EQ(Stored(), (std::set<std::string>{"small.txt"}));
+}
+
+TEST_F(FilePutTest, ANameWithAPathIsRefusedEvenWhenTheLocalFileExists) {
+  ScriptServer server(ServerOptions());
+  std::ofstream(settings_.dir() + "/escape.txt") << "outside";
+  CKpNetwork s;
+  ASSERT_FALSE(Attach(s, server));
+  CLmError e = Put(s, local_, "../escape.txt");  // local_/../escape.txt exists
+  EXPECT_EQ(e.GetErrorCode(), kKpErrBadArgument) << e.AsString();
+  EXPECT_NE(e.Text().find("has a path component"), std::string::npos) << e.AsString();
+  EXPECT_TRUE(Stored().empty());
+  EXPECT_FALSE(std::filesystem::exists(settings_.dir() + "/server/escape.txt"));
+}
+
+TEST_F(FilePutTest, AConnectionCutInTheMiddleOfAFileLeavesNoFile) {
+  ScriptServer server(ServerOptions());
+  {
+    RawFiles raw(server.port());
+    ASSERT_TRUE(raw.attached());
+    raw.Begin("cut.bin", 3u << 20);
+    raw.Data(std::string(1u << 20, 'c'));
+    raw.Close();
+  }
+  // The server notices the end of the connection on its own thread.
+  auto until = Clock::now() + 5s;
+  while (!Stored().empty() && Clock::now() < until) std::this_thread::sleep_for(10ms);
+  EXPECT_TRUE(Stored().empty()) << "neither cut.bin nor its part file";
 }
 
 TEST_F(FilePutTest, RefusesToReplaceUnlessAskedAndTheFacilityMustBeNamed) {
-  ScriptServer::Options o;
-  o.tempDirectory = temp_;
-  ScriptServer server(o);
+  ScriptServer server(ServerOptions());
   std::ofstream(local_ + "/data.bin") << "new";
   std::filesystem::create_directories(temp_);
   std::ofstream(temp_ + "/data.bin") << "old";
-  kpsExecuteRemoteDllType facility;
-  facility.facility = "sLNPATCHUPDATECLIENT";
-  facility.entry = "sLPUPDATEPATCHES";
   CKpNetwork s;
-  bool aborted = false;
-  ASSERT_FALSE(s.Attach_RemoteDLL(server.connectString(), &facility, "client01", 5, aborted));
+  ASSERT_FALSE(Attach(s, server));
   kpsFilexferRequest req;
   snprintf(req.sourceFileName, sizeof req.sourceFileName, "data.bin");
+  bool aborted = false;
   CLmError e = s.PutFileRequest(local_, &req, 5, aborted);
+  EXPECT_EQ(e.GetErrorCode(), kKpErrRefused);
   EXPECT_NE(e.AsString().find("data.bin exists already"), std::string::npos) << e.AsString();
+  EXPECT_EQ(ReadFileText(temp_ + "/data.bin"), "old");
   req.overwrite = 1;
   ASSERT_FALSE(s.PutFileRequest(local_, &req, 5, aborted));
-  std::ifstream in(temp_ + "/data.bin");
-  std::string got((std::istreambuf_iterator<char>(in)), {});
-  EXPECT_EQ(got, "new");
+  EXPECT_EQ(ReadFileText(temp_ + "/data.bin"), "new");
 
   kpsExecuteRemoteDllType wrong;
   wrong.facility = "OTHER";
