@@ -132,6 +132,12 @@ ctl subclient content 1022
 ctl --json subclient content 1022 --detail
 ctl subclient overlapping 1022
 
+say "Instance SALESDB of the SQL Database type on db01: its record, its content, its properties."
+ctl apptype lookup 3 20
+ctl instance lookup 13
+ctl instance content 13
+ctl instance props 13
+
 # One process, many calls: the second lookup of 101 is answered by the library's message cache,
 # which the counters at the end show.
 cat >"$run/batch.txt" <<'EOF'
