@@ -8,9 +8,7 @@
 #include "interfaces/PropertyOps.h"
 #include "protocol/Messages.h"
 
-using appmgr::iface::ContentArray;
 using appmgr::iface::Exchange;
-using appmgr::iface::RunThrowing;
 using appmgr::iface::Text;
 namespace msg = appmgr::msg;
 
@@ -91,8 +89,9 @@ int InstInterfaceNet::removeProperties(unsigned long instanceId,
                                        flag, err);
 }
 
-int InstInterfaceNet::removeProperties(unsigned long instanceId, const std::list<std::string>& names,
-                                       bool flag, std::string& err, void*, int*) {
+int InstInterfaceNet::removeProperties(unsigned long instanceId,
+                                       const std::list<std::string>& names, bool flag,
+                                       std::string& err, void*, int*) {
   return appmgr::iface::SendPropertyNames(msg::kInstRemovePropertyNames,
                                           "InstInterfaceNet::removeProperties", instanceId, names,
                                           flag, err);
@@ -114,16 +113,7 @@ int InstInterfaceNet::initContent(unsigned long instanceId, long value, std::str
   x.request().value = value;
   if (int status = x.Run(err)) return status;
   const GenericInitContentResp& r = x.response();
-  if (callback == nullptr) return 0;
-  // The bound is the platform's 32-bit constant sign-extended, compared with the entry's type
-  // read as unsigned: a negative type is a huge number and is skipped too.
-  const uint64_t maxType = static_cast<uint64_t>(static_cast<int64_t>(KP_CONTENT_MAX_INDEX));
-  for (uint32_t i = 0; i < r.count; ++i) {
-    const AppMgrContent& entry = r.content[i];
-    const uint64_t type = static_cast<uint64_t>(entry.type);
-    if (type > maxType) continue;
-    callback->addContent(type, Text(entry.text));
-  }
+  appmgr::iface::DeliverContent(callback, r.count, r.content);
   return 0;
 }
 
@@ -131,21 +121,7 @@ int InstInterfaceNet::updateContent(unsigned long instanceId, int contentType,
                                     const std::list<std::string*>& toAdd,
                                     const std::list<std::string*>& toRemove, bool flag1, bool flag2,
                                     bool flag3, std::string& err, void*, int*) {
-  EvEvent log("InstInterfaceNet::updateContent");
-  // The whole content travels in one request: no separators, no chunks.
-  ContentArray add(toAdd, contentType);
-  ContentArray remove(toRemove, contentType);
-  return RunThrowing(log, [&] {
-    Exchange x(msg::kInstUpdateContent);
-    GenericUpdateContentReq& req = x.request();
-    req.id = instanceId;
-    req.count1 = add.count();
-    req.content1 = add.data();
-    req.count2 = remove.count();
-    req.content2 = remove.data();
-    req.flag1 = flag1 ? 1 : 0;
-    req.flag2 = flag2 ? 1 : 0;
-    req.flag3 = flag3 ? 1 : 0;
-    x.RunOrThrow(err);
-  });
+  return appmgr::iface::UpdateContent(msg::kInstUpdateContent, "InstInterfaceNet::updateContent",
+                                      instanceId, contentType, toAdd, toRemove, flag1, flag2, flag3,
+                                      err);
 }

@@ -49,14 +49,38 @@ int SendProperties(const wire::Op<Req, GenericResp>& op, const char* label, unsi
   });
 }
 
+// updateContent: the add and the remove list in one request (no chunks, no limit on the
+// entries), each entry carrying the call's one content type; the flags as 0 or 1. Throwing style.
+inline int UpdateContent(const wire::Op<GenericUpdateContentReq, GenericResp>& op,
+                         const char* label, unsigned long id, int contentType,
+                         const std::list<std::string*>& toAdd,
+                         const std::list<std::string*>& toRemove, bool flag1, bool flag2,
+                         bool flag3, std::string& errorString) {
+  EvEvent log(label);
+  ContentArray add(toAdd, contentType);
+  ContentArray remove(toRemove, contentType);
+  return RunThrowing(log, [&] {
+    Exchange x(op);
+    GenericUpdateContentReq& req = x.request();
+    req.id = id;
+    req.count1 = add.count();
+    req.content1 = add.data();
+    req.count2 = remove.count();
+    req.content2 = remove.data();
+    req.flag1 = flag1 ? 1 : 0;
+    req.flag2 = flag2 ? 1 : 0;
+    req.flag3 = flag3 ? 1 : 0;
+    x.RunOrThrow(errorString);
+  });
+}
+
 // removeProperties by names. Throwing style.
 template <class Req>
 int SendPropertyNames(const wire::Op<Req, GenericResp>& op, const char* label, unsigned long id,
                       const std::list<std::string>& names, bool flag, std::string& errorString) {
   EvEvent log(label);
-  RequestArray<AppStringList> list(names, [](AppStringList& e, const std::string& name) {
-    e.text = name.c_str();
-  });
+  RequestArray<AppStringList> list(
+      names, [](AppStringList& e, const std::string& name) { e.text = name.c_str(); });
   return RunThrowing(log, [&] {
     Exchange x(op);
     x.request().id = id;

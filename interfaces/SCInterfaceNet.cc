@@ -8,7 +8,6 @@
 #include "interfaces/PropertyOps.h"
 #include "protocol/Messages.h"
 
-using appmgr::iface::ContentArray;
 using appmgr::iface::Exchange;
 using appmgr::iface::RequestArray;
 using appmgr::iface::RunThrowing;
@@ -51,9 +50,8 @@ int SendAssociations(const appmgr::wire::Op<Req, GenericResp>& op, const char* l
                      unsigned long subclientId, const std::list<std::string>& names,
                      std::string& errorString) {
   EvEvent log(label);
-  RequestArray<AppStringList> list(names, [](AppStringList& e, const std::string& name) {
-    e.text = name.c_str();
-  });
+  RequestArray<AppStringList> list(
+      names, [](AppStringList& e, const std::string& name) { e.text = name.c_str(); });
   return RunThrowing(log, [&] {
     Exchange x(op);
     x.request().id = subclientId;
@@ -127,9 +125,8 @@ int SCInterfaceNet::setProperties(unsigned long subclientId,
 int SCInterfaceNet::removeProperties(unsigned long subclientId,
                                      const std::list<const ApplProperty*>& properties, bool flag,
                                      std::string& errorString, void*, int*) {
-  return appmgr::iface::SendProperties(msg::kScRemoveProperties,
-                                       "SCInterfaceNet::removeProperties", subclientId, properties,
-                                       flag, errorString);
+  return appmgr::iface::SendProperties(msg::kScRemoveProperties, "SCInterfaceNet::removeProperties",
+                                       subclientId, properties, flag, errorString);
 }
 
 int SCInterfaceNet::removeProperties(unsigned long subclientId, const std::list<std::string>& names,
@@ -156,23 +153,9 @@ int SCInterfaceNet::updateContent(unsigned long subclientId, int contentType,
                                   const std::list<std::string*>& toAdd,
                                   const std::list<std::string*>& toRemove, bool flag1, bool flag2,
                                   bool flag3, std::string& errorString, void*, int*) {
-  EvEvent log("SCInterfaceNet::updateContent");
-  // The whole change travels in one request: no chunking and no limit on the entries.
-  ContentArray add(toAdd, contentType);
-  ContentArray remove(toRemove, contentType);
-  return RunThrowing(log, [&] {
-    Exchange x(msg::kScUpdateContent);
-    GenericUpdateContentReq& req = x.request();
-    req.id = subclientId;
-    req.count1 = add.count();
-    req.content1 = add.data();
-    req.count2 = remove.count();
-    req.content2 = remove.data();
-    req.flag1 = flag1 ? 1 : 0;
-    req.flag2 = flag2 ? 1 : 0;
-    req.flag3 = flag3 ? 1 : 0;
-    x.RunOrThrow(errorString);
-  });
+  return appmgr::iface::UpdateContent(msg::kScUpdateContent, "SCInterfaceNet::updateContent",
+                                      subclientId, contentType, toAdd, toRemove, flag1, flag2,
+                                      flag3, errorString);
 }
 
 int SCInterfaceNet::SetStoreAssociation(unsigned long subclientId,

@@ -9,10 +9,10 @@
 #include <cstdint>
 #include <limits>
 #include <list>
-#include <vector>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -69,6 +69,41 @@ void IdArg(CLI::App& cmd, unsigned long& out, const char* name, const char* what
 
 // NAME=VALUE words: each must have a '=' after a non-empty name.
 CLI::Validator NameEqualsValue();
+
+// The options of the property commands (props, set-props, remove-props) every family with
+// properties has, on the family's own arguments: `table`, `words`, `type`, `replace`, `strict`,
+// and `asProperties` where the family can remove by property records too.
+template <class A>
+void PropsTableOption(CLI::App& cmd, A& a, const std::string& help = "the property table to read") {
+  cmd.add_option("--table", a.table, help)->transform(Number<long>())->capture_default_str();
+}
+
+// `cleared` says what --replace with no properties clears ("the client's properties").
+template <class A>
+void SetPropsOptions(CLI::App& cmd, A& a, const std::string& cleared) {
+  cmd.add_option("NAME=VALUE", a.words, "properties to set; none with --replace clears " + cleared)
+      ->check(NameEqualsValue());
+  cmd.add_option("--type", a.type, "the type of every property given")
+      ->transform(Number<unsigned long>())
+      ->capture_default_str();
+  cmd.add_flag("--replace", a.replace,
+               "make the list the whole property table instead of adding to it");
+  cmd.callback([&a] {
+    if (a.words.empty() && !a.replace) {
+      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
+    }
+  });
+}
+
+template <class A>
+void RemovePropsOptions(CLI::App& cmd, A& a) {
+  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
+  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
+  if constexpr (requires { a.asProperties; }) {
+    cmd.add_flag("--as-properties", a.asProperties,
+                 "send the names as property records (the other remove request) instead of names");
+  }
+}
 
 // Receives properties as list rows {name, type, value}.
 class PropertyRows : public PropCallBack {

@@ -41,34 +41,17 @@ void DeleteAllArgs(CLI::App& cmd, Args& a) {
 
 void PropsArgs(CLI::App& cmd, Args& a) {
   PairArgs(cmd, a);
-  cmd.add_option("--table", a.table, "the property table to read")
-      ->transform(Number<long>())
-      ->capture_default_str();
+  PropsTableOption(cmd, a);
 }
 
 void SetPropsArgs(CLI::App& cmd, Args& a) {
   PairArgs(cmd, a);
-  cmd.add_option("NAME=VALUE", a.words,
-                 "properties to set; none with --replace clears the whole table")
-      ->check(NameEqualsValue());
-  cmd.add_option("--type", a.type, "the type of every property given")
-      ->transform(Number<unsigned long>())
-      ->capture_default_str();
-  cmd.add_flag("--replace", a.replace,
-               "make the list the whole property table instead of adding to it");
-  cmd.callback([&a] {
-    if (a.words.empty() && !a.replace) {
-      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
-    }
-  });
+  SetPropsOptions(cmd, a, "the whole table");
 }
 
 void RemovePropsArgs(CLI::App& cmd, Args& a) {
   PairArgs(cmd, a);
-  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
-  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
-  cmd.add_flag("--as-properties", a.asProperties,
-               "send the names as property records (the other remove request) instead of names");
+  RemovePropsOptions(cmd, a);
 }
 
 void VolumePropArgs(CLI::App& cmd, Args& a) {
@@ -180,7 +163,8 @@ Outcome SetProps(Library& lib, const Args& a) {
   return WithTypes(lib, [&](AppTypeInterface& types) {
     PropertyList list(a.words, a.type);
     std::string error;
-    int status = types.setProperties(a.id, a.id2, list.pointers, a.replace, error, nullptr, nullptr);
+    int status =
+        types.setProperties(a.id, a.id2, list.pointers, a.replace, error, nullptr, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
     Json names = Json::array();
     for (const ApplProperty& p : list.properties) names.push_back(p.getName());
@@ -199,7 +183,8 @@ Outcome RemoveProps(Library& lib, const Args& a) {
       std::vector<std::string> words;
       for (const std::string& name : a.words) words.push_back(name + "=");
       PropertyList list(words, 0);
-      status = types.removeProperties(a.id, a.id2, list.pointers, a.strict, error, nullptr, nullptr);
+      status =
+          types.removeProperties(a.id, a.id2, list.pointers, a.strict, error, nullptr, nullptr);
     } else {
       std::list<std::string> names(a.words.begin(), a.words.end());
       status = types.removeProperties(a.id, a.id2, names, a.strict, error, nullptr, nullptr);
@@ -336,12 +321,14 @@ constexpr Command kCommands[] = {
      "Remove an application type from a client (after a delete-all, with everything under it)",
      PairArgs, Remove},
     {"apptype", "update", "Set the value of an application type on a client", UpdateArgs, Update},
-    {"apptype", "delete-all", "Mark an application type on a client and everything under it deleted",
-     DeleteAllArgs, DeleteAll},
+    {"apptype", "delete-all",
+     "Mark an application type on a client and everything under it deleted", DeleteAllArgs,
+     DeleteAll},
     {"apptype", "undelete-all",
      "Mark an application type on a client and everything under it not deleted", PairArgs,
      UndeleteAll},
-    {"apptype", "props", "List the properties of an application type on a client", PropsArgs, Props},
+    {"apptype", "props", "List the properties of an application type on a client", PropsArgs,
+     Props},
     {"apptype", "set-props", "Set properties of an application type on a client", SetPropsArgs,
      SetProps},
     {"apptype", "remove-props", "Remove properties of an application type on a client by name",

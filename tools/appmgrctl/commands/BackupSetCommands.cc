@@ -33,32 +33,17 @@ void UpdateArgs(CLI::App& cmd, Args& a) {
 
 void PropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("--table", a.table, "the property table to read")
-      ->transform(Number<long>())
-      ->capture_default_str();
+  PropsTableOption(cmd, a);
 }
 
 void SetPropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME=VALUE", a.words,
-                 "properties to set; none with --replace clears the backup set's properties")
-      ->check(NameEqualsValue());
-  cmd.add_option("--type", a.type, "the type of every property given")
-      ->transform(Number<unsigned long>())
-      ->capture_default_str();
-  cmd.add_flag("--replace", a.replace,
-               "make the list the whole property table instead of adding to it");
-  cmd.callback([&a] {
-    if (a.words.empty() && !a.replace) {
-      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
-    }
-  });
+  SetPropsOptions(cmd, a, "the backup set's properties");
 }
 
 void RemovePropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
-  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
+  RemovePropsOptions(cmd, a);
 }
 
 void DefaultSubclientArgs(CLI::App& cmd, Args& a) {

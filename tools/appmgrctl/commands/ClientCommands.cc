@@ -99,26 +99,16 @@ void Apply(const Json& fields, _AppClientInfo& info, Platforms& platforms) {
 }
 
 Json ClientJson(const _AppClientInfo& c, const Platforms& p) {
-  Json j = {{"id", c.clientId},
-            {"name", c.clientName},
-            {"hostName", c.hostName},
-            {"platformType", c.platformType},
-            {"integer3", c.integer3},
-            {"integer4", c.integer4},
-            {"integer5", c.integer5},
-            {"integer6", c.integer6},
-            {"integer7", c.integer7},
-            {"integer8", c.integer8},
-            {"integer9", c.integer9},
-            {"integer10", c.integer10},
-            {"integer11", c.integer11},
-            {"integer12", c.integer12},
-            {"text3", c.text3},
-            {"text4", c.text4},
-            {"text5", c.text5},
-            {"text6", c.text6},
-            {"text7", c.text7},
-            {"text8", c.text8}};
+  Json j = {{"id", c.clientId},         {"name", c.clientName},
+            {"hostName", c.hostName},   {"platformType", c.platformType},
+            {"integer3", c.integer3},   {"integer4", c.integer4},
+            {"integer5", c.integer5},   {"integer6", c.integer6},
+            {"integer7", c.integer7},   {"integer8", c.integer8},
+            {"integer9", c.integer9},   {"integer10", c.integer10},
+            {"integer11", c.integer11}, {"integer12", c.integer12},
+            {"text3", c.text3},         {"text4", c.text4},
+            {"text5", c.text5},         {"text6", c.text6},
+            {"text7", c.text7},         {"text8", c.text8}};
   for (size_t i = 0; i < p.size(); ++i) {
     j["platform" + std::to_string(i + 1)] = {{"value", p[i].value}, {"text", p[i].text}};
   }
@@ -163,15 +153,16 @@ void RecordArgs(CLI::App& cmd, Args& a, bool create) {
     if (cmd.count("--name")) a.fields["name"] = a.name;
     if (cmd.count("--host")) a.fields["hostName"] = a.host;
     if (create && !a.fields.contains("name")) {
-      throw CLI::ValidationError("give the new client's name: --name, --set name=... or --from-file");
+      throw CLI::ValidationError(
+          "give the new client's name: --name, --set name=... or --from-file");
     }
     if (!create) {
       if (a.fields.empty()) {
         throw CLI::ValidationError("nothing to change: give --name, --host, --set or --from-file");
       }
       if (a.fields.contains("id") && a.fields["id"].get<unsigned long>() != a.id) {
-        throw CLI::ValidationError("the record names client " + a.fields["id"].dump() +
-                                   ", not " + std::to_string(a.id));
+        throw CLI::ValidationError("the record names client " + a.fields["id"].dump() + ", not " +
+                                   std::to_string(a.id));
       }
     }
   });
@@ -188,34 +179,17 @@ void ModifyArgs(CLI::App& cmd, Args& a) {
 
 void PropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("--table", a.table, "the property table to read")
-      ->transform(Number<long>())
-      ->capture_default_str();
+  PropsTableOption(cmd, a);
 }
 
 void SetPropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME=VALUE", a.words,
-                 "properties to set; none with --replace clears the client's properties")
-      ->check(NameEqualsValue());
-  cmd.add_option("--type", a.type, "the type of every property given")
-      ->transform(Number<unsigned long>())
-      ->capture_default_str();
-  cmd.add_flag("--replace", a.replace,
-               "make the list the whole property table instead of adding to it");
-  cmd.callback([&a] {
-    if (a.words.empty() && !a.replace) {
-      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
-    }
-  });
+  SetPropsOptions(cmd, a, "the client's properties");
 }
 
 void RemovePropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
-  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
-  cmd.add_flag("--as-properties", a.asProperties,
-               "send the names as property records (the other remove request) instead of names");
+  RemovePropsOptions(cmd, a);
 }
 
 void VolumePairsArgs(CLI::App& cmd, Args& a) {
@@ -286,9 +260,9 @@ Outcome Create(Library& lib, const Args& a) {
     if (texts) {
       status = clients.modify(info, platforms.data(), error, nullptr);
       if (status != 0) {
-        return Outcome::Failed(status, "client " + std::to_string(info.clientId) +
-                                           " was created, but its platform texts were not set: " +
-                                           error);
+        return Outcome::Failed(status,
+                               "client " + std::to_string(info.clientId) +
+                                   " was created, but its platform texts were not set: " + error);
       }
     }
     return Outcome::Ok(Result::Record(ClientJson(info, platforms)));
@@ -366,7 +340,8 @@ Outcome VolumePairs(Library& lib, const Args& a) {
   return WithClients(lib, [&](ClientInterface& clients) {
     std::string guid = a.text, error;
     std::list<unsigned long> pairs;
-    int status = clients.getFLRpairListForDestinationVolumeGUID(guid, pairs, error, a.value, nullptr);
+    int status =
+        clients.getFLRpairListForDestinationVolumeGUID(guid, pairs, error, a.value, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
     return Outcome::Ok(Result::List({"pair"}, Json(pairs)));
   });
@@ -394,8 +369,10 @@ Outcome WithProperty(Library& lib, const Args& a) {
     if (status != 0) return Outcome::Failed(status, error);
     Json rows = Json::array();
     for (const _AppClientInfo& c : found) {
-      rows.push_back(
-          {{"id", c.clientId}, {"name", c.clientName}, {"hostName", c.hostName}, {"text3", c.text3}});
+      rows.push_back({{"id", c.clientId},
+                      {"name", c.clientName},
+                      {"hostName", c.hostName},
+                      {"text3", c.text3}});
     }
     return Outcome::Ok(Result::List({"id", "name", "hostName", "text3"}, std::move(rows)));
   });
@@ -417,14 +394,15 @@ Outcome FsNodeData(Library& lib, const Args& a) {
     int status = clients.setClientFSNodeData(static_cast<unsigned int>(a.id), a.text, a.number,
                                              a.flag, error, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
-    return Outcome::Ok(Result::Record(
-        {{"id", a.id}, {"data", a.text}, {"value", a.number}, {"flag", a.flag}}));
+    return Outcome::Ok(
+        Result::Record({{"id", a.id}, {"data", a.text}, {"value", a.number}, {"flag", a.flag}}));
   });
 }
 
 constexpr CommandGroup kGroups[] = {
-    {"client", "Clients: look one up, create, change and remove them, read their properties, "
-               "and ask what replicates to them"},
+    {"client",
+     "Clients: look one up, create, change and remove them, read their properties, "
+     "and ask what replicates to them"},
 };
 
 constexpr Command kCommands[] = {
@@ -436,8 +414,8 @@ constexpr Command kCommands[] = {
     {"client", "set-props", "Set properties of a client", SetPropsArgs, SetProps},
     {"client", "remove-props", "Remove properties of a client by name", RemovePropsArgs,
      RemoveProps},
-    {"client", "volume-pairs", "List the replication pairs that write to a volume",
-     VolumePairsArgs, VolumePairs},
+    {"client", "volume-pairs", "List the replication pairs that write to a volume", VolumePairsArgs,
+     VolumePairs},
     {"client", "replication-sets", "Show the replication that writes to a client", OnlyId,
      ReplicationSets},
     {"client", "with-property", "List the clients whose property has a value", WithPropertyArgs,

@@ -30,35 +30,18 @@ void UpdateArgs(CLI::App& cmd, Args& a) {
 
 void PropsArgs(CLI::App& cmd, Args& a) {
   OnlyId(cmd, a);
-  cmd.add_option("--table", a.table,
-                 "the property table to read (appmgrd keeps availability-group properties in 2)")
-      ->transform(Number<long>())
-      ->capture_default_str();
+  PropsTableOption(cmd, a,
+                   "the property table to read (appmgrd keeps availability-group properties in 2)");
 }
 
 void SetPropsArgs(CLI::App& cmd, Args& a) {
   OnlyId(cmd, a);
-  cmd.add_option("NAME=VALUE", a.words,
-                 "properties to set; none with --replace clears the whole table")
-      ->check(NameEqualsValue());
-  cmd.add_option("--type", a.type, "the type of every property given")
-      ->transform(Number<unsigned long>())
-      ->capture_default_str();
-  cmd.add_flag("--replace", a.replace,
-               "make the list the whole property table instead of adding to it");
-  cmd.callback([&a] {
-    if (a.words.empty() && !a.replace) {
-      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
-    }
-  });
+  SetPropsOptions(cmd, a, "the whole table");
 }
 
 void RemovePropsArgs(CLI::App& cmd, Args& a) {
   OnlyId(cmd, a);
-  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
-  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
-  cmd.add_flag("--as-properties", a.asProperties,
-               "send the names as property records (the other remove request) instead of names");
+  RemovePropsOptions(cmd, a);
 }
 
 void ContentArgs(CLI::App& cmd, Args& a) {
@@ -117,7 +100,8 @@ Outcome Update(Library& lib, const Args& a) {
 Outcome SetContentsDeleted(Library& lib, const Args& a, bool deleted) {
   return WithInstances(lib, [&](InstInterface& inst) {
     std::string error;
-    int status = deleted ? inst.deleteAll(a.id, error, nullptr) : inst.undeleteAll(a.id, error, nullptr);
+    int status =
+        deleted ? inst.deleteAll(a.id, error, nullptr) : inst.undeleteAll(a.id, error, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
     return Outcome::Ok(Result::Record({{"id", a.id}, {"contentsDeleted", deleted}}));
   });
@@ -143,13 +127,15 @@ Outcome SetPropsWith(Library& lib, const Args& a, bool availabilityGroup) {
   return WithInstances(lib, [&](InstInterface& inst) {
     PropertyList list(a.words, a.type);
     std::string error;
-    int status = availabilityGroup
-                     ? inst.setMSSQLAGProperties(a.id, list.pointers, a.replace, error, nullptr, nullptr)
-                     : inst.setProperties(a.id, list.pointers, a.replace, error, nullptr, nullptr);
+    int status =
+        availabilityGroup
+            ? inst.setMSSQLAGProperties(a.id, list.pointers, a.replace, error, nullptr, nullptr)
+            : inst.setProperties(a.id, list.pointers, a.replace, error, nullptr, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
     Json names = Json::array();
     for (const ApplProperty& p : list.properties) names.push_back(p.getName());
-    return Outcome::Ok(Result::Record({{"id", a.id}, {"set", std::move(names)}, {"replace", a.replace}}));
+    return Outcome::Ok(
+        Result::Record({{"id", a.id}, {"set", std::move(names)}, {"replace", a.replace}}));
   });
 }
 Outcome SetProps(Library& lib, const Args& a) {
@@ -203,8 +189,8 @@ Outcome UpdateContent(Library& lib, const Args& a) {
     for (std::string& e : add) addList.push_back(&e);
     for (std::string& e : remove) removeList.push_back(&e);
     std::string error;
-    int status = inst.updateContent(a.id, a.number, addList, removeList, a.replace, false, false, error,
-                                    nullptr, nullptr);
+    int status = inst.updateContent(a.id, a.number, addList, removeList, a.replace, false, false,
+                                    error, nullptr, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
     return Outcome::Ok(Result::Record({{"id", a.id},
                                        {"type", a.number},
@@ -221,7 +207,8 @@ constexpr CommandGroup kGroups[] = {
 constexpr Command kCommands[] = {
     {"instance", "lookup", "Show an instance's name, value, attributes and text", OnlyId, Lookup},
     {"instance", "update", "Rename an instance and set its value", UpdateArgs, Update},
-    {"instance", "delete-all", "Mark an instance and everything under it deleted", OnlyId, DeleteAll},
+    {"instance", "delete-all", "Mark an instance and everything under it deleted", OnlyId,
+     DeleteAll},
     {"instance", "undelete-all", "Mark an instance and everything under it not deleted", OnlyId,
      UndeleteAll},
     {"instance", "props", "List an instance's properties", PropsArgs, Props},
@@ -229,8 +216,8 @@ constexpr Command kCommands[] = {
     {"instance", "remove-props", "Remove properties of an instance by name", RemovePropsArgs,
      RemoveProps},
     {"instance", "content", "List an instance's content entries", ContentArgs, ContentList},
-    {"instance", "update-content", "Add and remove content entries of an instance", UpdateContentArgs,
-     UpdateContent},
+    {"instance", "update-content", "Add and remove content entries of an instance",
+     UpdateContentArgs, UpdateContent},
     {"instance", "set-ag-props", "Set the properties of an instance's availability group",
      SetPropsArgs, SetAgProps},
 };

@@ -36,32 +36,17 @@ void UpdateArgs(CLI::App& cmd, Args& a) {
 
 void PropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("--table", a.table, "the property table to read")
-      ->transform(Number<long>())
-      ->capture_default_str();
+  PropsTableOption(cmd, a);
 }
 
 void SetPropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME=VALUE", a.words,
-                 "properties to set; none with --replace clears the subclient's properties")
-      ->check(NameEqualsValue());
-  cmd.add_option("--type", a.type, "the type of every property given")
-      ->transform(Number<unsigned long>())
-      ->capture_default_str();
-  cmd.add_flag("--replace", a.replace,
-               "make the list the whole property table instead of adding to it");
-  cmd.callback([&a] {
-    if (a.words.empty() && !a.replace) {
-      throw CLI::ValidationError("give NAME=VALUE properties, or --replace to clear them all");
-    }
-  });
+  SetPropsOptions(cmd, a, "the subclient's properties");
 }
 
 void RemovePropsArgs(CLI::App& cmd, Args& a) {
   SetId(cmd, a);
-  cmd.add_option("NAME", a.words, "names of the properties to remove")->required();
-  cmd.add_flag("--strict", a.strict, "remove nothing and fail when any name is absent");
+  RemovePropsOptions(cmd, a);
 }
 
 void ContentArgs(CLI::App& cmd, Args& a) {
@@ -76,8 +61,7 @@ void ChangeContentArgs(CLI::App& cmd, Args& a, bool adding) {
       ->transform(Number<int>())
       ->capture_default_str();
   if (adding) {
-    cmd.add_flag("--replace", a.replace,
-                 "first remove every stored entry of the type given");
+    cmd.add_flag("--replace", a.replace, "first remove every stored entry of the type given");
   }
 }
 void AddContentArgs(CLI::App& cmd, Args& a) {
@@ -260,8 +244,8 @@ Outcome Content(Library& lib, const Args& a) {
     int status = sc.initContent(a.id, 0, error, &rows, nullptr, false, 0, false);
     if (status != 0) return Outcome::Failed(status, error);
     if (!a.detail) return Outcome::Ok(Result::List({"path"}, rows.Paths()));
-    return Outcome::Ok(Result::Record(
-        {{"id", a.id}, {"contentFlag", rows.flag()}, {"entries", rows.Detailed()}}));
+    return Outcome::Ok(
+        Result::Record({{"id", a.id}, {"contentFlag", rows.flag()}, {"entries", rows.Detailed()}}));
   });
 }
 
@@ -276,9 +260,8 @@ Outcome ChangeContent(Library& lib, const Args& a, bool adding) {
                         : sc.updateContent(a.id, a.contentType, none, given, false, false, false,
                                            error, nullptr, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
-    return Outcome::Ok(Result::Record({{"id", a.id},
-                                       {adding ? "added" : "removed", a.words},
-                                       {"type", a.contentType}}));
+    return Outcome::Ok(Result::Record(
+        {{"id", a.id}, {adding ? "added" : "removed", a.words}, {"type", a.contentType}}));
   });
 }
 Outcome AddContent(Library& lib, const Args& a) {
@@ -295,7 +278,8 @@ Outcome SetAssociations(Library& lib, const Args& a, bool stores) {
     int status = stores ? sc.SetStoreAssociation(a.id, names, error, nullptr)
                         : sc.SetActiveDirectoryAssociation(a.id, names, error, nullptr);
     if (status != 0) return Outcome::Failed(status, error);
-    return Outcome::Ok(Result::Record({{"id", a.id}, {stores ? "stores" : "directories", a.words}}));
+    return Outcome::Ok(
+        Result::Record({{"id", a.id}, {stores ? "stores" : "directories", a.words}}));
   });
 }
 Outcome SetStores(Library& lib, const Args& a) {
@@ -457,8 +441,7 @@ constexpr Command kCommands[] = {
     {"subclient", "set-props", "Set properties of a subclient", SetPropsArgs, SetProps},
     {"subclient", "remove-props", "Remove properties of a subclient by name", RemovePropsArgs,
      RemoveProps},
-    {"subclient", "content", "List a subclient's content, one path per line", ContentArgs,
-     Content},
+    {"subclient", "content", "List a subclient's content, one path per line", ContentArgs, Content},
     {"subclient", "add-content", "Add paths to a subclient's content", AddContentArgs, AddContent},
     {"subclient", "remove-content", "Remove paths from a subclient's content", RemoveContentArgs,
      RemoveContent},
@@ -482,8 +465,7 @@ constexpr Command kCommands[] = {
     {"subclient", "data-paths", "List a subclient's data paths (not supported by the library)",
      OnlyId, DataPaths},
     {"subclient", "update-data-paths",
-     "Set a subclient's data paths (not supported by the library)", DataPathsArgs,
-     UpdateDataPaths},
+     "Set a subclient's data paths (not supported by the library)", DataPathsArgs, UpdateDataPaths},
     {"subclient", "flr-conflicts",
      "List the GUID conflicts of a replication pair (not supported by the library)",
      FlrConflictArgs, FlrConflicts},
