@@ -50,6 +50,15 @@ LogState& TheLog() {
   return *state;
 }
 
+// A line the log cannot write (a full disk, a file removed under it, a closed stderr) is
+// counted among the dropped lines, never reported on the caller's stdout or stderr, which belong
+// to the program that loaded the library.
+void QuietOnFailure(spdlog::logger& logger) {
+  logger.set_error_handler([](const std::string&) {
+    TheLog().dropped.fetch_add(1, std::memory_order_relaxed);
+  });
+}
+
 std::shared_ptr<spdlog::logger> OpenLogger(const std::string& directory, const std::string& file,
                                            size_t maxBytes, size_t maxFiles, std::string* path) {
   std::error_code ec;
@@ -63,6 +72,7 @@ std::shared_ptr<spdlog::logger> OpenLogger(const std::string& directory, const s
     logger->set_level(spdlog::level::trace);
     // Every line reaches the file at once: a crash must not lose the lines before it.
     logger->flush_on(spdlog::level::trace);
+    QuietOnFailure(*logger);
     *path = full;
     return logger;
   } catch (const std::exception&) {
@@ -76,6 +86,7 @@ std::shared_ptr<spdlog::logger> StderrLogger(EvLogConfig::Target target, std::st
   logger->set_pattern(target == EvLogConfig::Target::kJournal ? "%v" : kPattern);
   logger->set_level(spdlog::level::trace);
   logger->flush_on(spdlog::level::trace);
+  QuietOnFailure(*logger);
   *path = "";
   return logger;
 }

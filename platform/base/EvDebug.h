@@ -72,7 +72,7 @@ class EvLog {
   static int Level();
   // Path of the file being written; empty when no file could be opened.
   static std::string FilePath();
-  // Lines dropped because no log file could be opened.
+  // Lines dropped: no log file could be opened, or a write to it failed.
   static unsigned long DroppedLines();
 
   // Writes one finished line. `file` null means the process log.

@@ -116,21 +116,26 @@ CLmError FrameConn::Fill(size_t need, Deadline deadline, int64_t restMs) {
   // payload (a file chunk) is read up to its own end only: the next frame then starts at the
   // front of the buffer, and no payload is ever moved within it.
   const bool large = need > kReadAheadBytes;
-  const size_t end = large ? rpos_ + need : rpos_ + std::max(need, kReadAheadBytes);
-  if (end > rbuf_.size()) {
-    if (rpos_ > 0 && end - rpos_ <= rbuf_.size()) {
-      // Room enough once what is unread moves to the front.
-      std::memmove(rbuf_.data(), rbuf_.data() + rpos_, rlen_ - rpos_);
-      rlen_ -= rpos_;
-      rpos_ = 0;
-    } else {
-      rbuf_.resize(end);
-    }
+  size_t end = large ? rpos_ + need : rpos_ + std::max(need, kReadAheadBytes);
+  if (end > rbuf_.size() && rpos_ > 0 && end - rpos_ <= rbuf_.size()) {
+    // Room enough once what is unread moves to the front.
+    std::memmove(rbuf_.data(), rbuf_.data() + rpos_, rlen_ - rpos_);
+    rlen_ -= rpos_;
+    end -= rpos_;
+    rpos_ = 0;
   }
-  const size_t limit = large ? rpos_ + need : rbuf_.size();
+  const size_t limit = large ? rpos_ + need : std::max(end, rbuf_.size());
+  if (!large && rbuf_.size() < end) rbuf_.resize(end);
   while (rlen_ - rpos_ < need) {
+    if (rlen_ == rbuf_.size()) {
+      // Only a large frame gets here. Its buffer grows with the bytes that arrive, never to a
+      // length a header merely declares: a peer that announces a large frame and sends little
+      // costs little. Doubling keeps the copies of a frame that does arrive linear in its size.
+      rbuf_.resize(std::min(limit, std::max(rbuf_.size() * 2, rlen_ + kReadAheadBytes)));
+    }
     size_t got = 0;
-    if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, limit - rlen_, deadline, &got, "frame")) {
+    const size_t room = std::min(limit, rbuf_.size()) - rlen_;
+    if (CLmError e = socket_.RecvSome(rbuf_.data() + rlen_, room, deadline, &got, "frame")) {
       return e;
     }
     // The frame has begun: what is missing gets restMs (the clock is read only if something is).

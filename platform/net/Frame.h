@@ -111,6 +111,8 @@ class FrameConn {
   CLmError ReadFrame(kpsHostProtocolHeader* header, const uint8_t** payload, size_t* length,
                      Deadline firstByte, int64_t restMs, size_t maxPayload);
 
+  // Bytes the receive buffer holds allocated now.
+  size_t ReceiveBufferBytes() const { return rbuf_.size(); }
   // True when bytes of a next frame are already buffered.
   bool HasBuffered() const { return rlen_ > rpos_; }
   // After a failed read: true when not one byte of the frame had arrived.

@@ -138,6 +138,26 @@ TEST(EvLog, RotatesBySizeAndKeepsTheConfiguredNumberOfFiles) {
   EXPECT_LE(fs::file_size(t.logDir() + "/rot.1.log"), 4096u);
 }
 
+// The program that loaded the library owns stdout and stderr: a log file that cannot be
+// written (here the disk is full) drops its lines and counts them, and prints nothing.
+TEST(EvLog, ALineThatCannotBeWrittenIsCountedAndNeverPrinted) {
+  TestSettings t("", 10);
+  std::filesystem::create_symlink("/dev/full", t.logDir() + "/full.log");
+  EvLogConfig c;
+  c.directory = t.logDir();
+  c.fileName = "full.log";
+  c.level = 5;
+  EvLog::Configure(c);
+  const unsigned long before = EvLog::DroppedLines();
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  EvEvent("Test::full").Error("nowhere to go");
+  EvEventWrapper::DebugLvl("Test::full", 1, "nor this");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(EvLog::DroppedLines(), before + 2);
+}
+
 TEST(EvLog, SeparateFileTakesItsOwnLines) {
   TestSettings t("", 10);
   EvLogFile file("component.log");

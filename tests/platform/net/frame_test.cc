@@ -69,4 +69,51 @@ TEST(FrameConnTest, FramesOfEverySizeInPiecesOfEverySizeComeOutWhole) {
   writer.join();
 }
 
+// A header that declares a large payload costs memory only as its bytes arrive: a peer that
+// announces 16 MiB and sends 100 KB leaves the reader holding about that much, and when the
+// bytes do come the frame still arrives whole.
+TEST(FrameConnTest, TheBufferFollowsTheBytesThatArriveNotTheLengthDeclared) {
+  int fds[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, fds), 0);
+  constexpr size_t kDeclared = 16u << 20, kSentFirst = 100000;
+  std::string payload(kDeclared, '\0');
+  for (size_t k = 0; k < payload.size(); ++k) payload[k] = char(k * 13);
+  kpsHostProtocolHeader h;
+  h.msgId = 1;
+  h.control = appmgr::net::MakeControl(FrameKind::kBinary, false);
+  h.payloadLength = kDeclared;
+  uint8_t header[appmgr::net::kFrameHeaderBytes];
+  appmgr::net::EncodeFrameHeader(h, header);
+  ASSERT_EQ(::send(fds[0], header, sizeof header, 0), ssize_t(sizeof header));
+  ASSERT_EQ(::send(fds[0], payload.data(), kSentFirst, 0), ssize_t(kSentFirst));
+
+  FrameConn conn{appmgr::net::Socket(fds[1])};
+  kpsHostProtocolHeader got;
+  const uint8_t* data = nullptr;
+  size_t length = 0;
+  CLmError e = conn.Read(&got, &data, &length, Deadline::After(200), kDeclared);
+  EXPECT_TRUE(e) << "the frame cannot be whole yet";
+  EXPECT_LT(conn.ReceiveBufferBytes(), 4 * kSentFirst) << "allocated for the declared length";
+
+  // The same declaration, honoured: the rest arrives and the frame reads whole.
+  int again[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, again), 0);
+  std::thread writer([fd = again[0], &header, &payload] {
+    ::send(fd, header, sizeof header, MSG_NOSIGNAL);
+    for (size_t at = 0; at < payload.size();) {
+      ssize_t n = ::send(fd, payload.data() + at, std::min<size_t>(payload.size() - at, 70000), MSG_NOSIGNAL);
+      if (n <= 0) break;
+      at += size_t(n);
+    }
+  });
+  FrameConn whole{appmgr::net::Socket(again[1])};
+  e = whole.Read(&got, &data, &length, Deadline::After(10000), kDeclared);
+  writer.join();
+  ASSERT_FALSE(e) << e.AsString();
+  ASSERT_EQ(length, kDeclared);
+  EXPECT_TRUE(std::equal(data, data + length, reinterpret_cast<const uint8_t*>(payload.data())));
+  ::close(fds[0]);
+  ::close(again[0]);
+}
+
 }  // namespace
