@@ -6,12 +6,67 @@
 #include <memory>
 #include <vector>
 
+#include <pthread.h>
+
+#include "platform/base/EvDebug.h"
 #include "platform/base/KpSettings.h"
 #include "platform/net/MangleHostName.h"
+#include "session/MessageCache.h"
 
 std::atomic<KpNetworkPool*> AppMgrSessionPoolSingleton::singleInstance{nullptr};
 std::atomic<KpNetworkPool*> AppMgrSessionPoolSingleton::appMgrSvcLiteInstance{nullptr};
 KpCriticalSection AppMgrSessionPoolSingleton::poolCriticalSection;
+
+namespace {
+
+// fork() copies whatever locks other threads hold at that moment; a child that then needs one
+// waits forever. Every lock a call can hold is therefore taken before the fork (by the forking
+// thread, in the order the library nests them: the cache's creation lock, the pools' lock, the
+// cache, each pool, the log, the settings) and given back after it, in the parent and in the
+// child. The child's pools then drop the sessions it inherited, unused, on their next lend.
+void LockEverythingForFork() {
+  CMessageCacheSingleton::LockForFork();
+  AppMgrSessionPoolSingleton::poolCriticalSection.Lock();
+  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::singleInstance.load()) pool->LockForFork();
+  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::appMgrSvcLiteInstance.load()) {
+    pool->LockForFork();
+  }
+  EvLog::LockForFork();
+  KpSettings::Instance().LockForFork();
+}
+
+void UnlockEverything(bool child) {
+  // A read-write lock records its writer's thread id, which the child's one thread does not
+  // have: the child cannot unlock the log's and the settings' locks, so it makes them anew.
+  if (child) {
+    KpSettings::Instance().ResetAfterForkInChild();
+    EvLog::ResetAfterForkInChild();
+  } else {
+    KpSettings::Instance().UnlockAfterFork();
+    EvLog::UnlockAfterFork();
+  }
+  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::appMgrSvcLiteInstance.load()) {
+    pool->UnlockAfterFork();
+  }
+  if (KpNetworkPool* pool = AppMgrSessionPoolSingleton::singleInstance.load())
+    pool->UnlockAfterFork();
+  AppMgrSessionPoolSingleton::poolCriticalSection.Unlock();
+  CMessageCacheSingleton::UnlockAfterFork();
+}
+
+void UnlockInParent() {
+  UnlockEverything(false);
+}
+void UnlockInChild() {
+  UnlockEverything(true);
+}
+
+// Registered once, when the library is loaded (and unregistered by the C library when it is
+// unloaded).
+const bool kForkHandlersRegistered =
+    pthread_atfork(LockEverythingForFork, UnlockInParent, UnlockInChild) == 0;
+
+}  // namespace
 
 KpFeatureCache g_FeatureCache(KPPI_Focus::getFocus());
 
@@ -135,17 +190,21 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getSessionPoolInstance(const std::str
   localClientName[sizeof localClientName - 1] = '\0';
   int platformType = getPlatformType();
   std::string serverName, clientName;
-  getAppMgrHostandClientNames(event, static_cast<unsigned long>(platformType), serverName, clientName);
+  getAppMgrHostandClientNames(event, static_cast<unsigned long>(platformType), serverName,
+                              clientName);
   event.Debug(1, "serverName [%s], clientName [%s].", serverName.c_str(), clientName.c_str());
   if (serverName.empty() || clientName.empty()) {
     event.Error("Client or server name is empty. Cant create session instance");
     Abandoned().push_back(pool);  // dropped, not destroyed
     return nullptr;
   }
-  CLmError error = initializeSessionPoolInstance(pool, serverName, clientName, localClientName, serviceName);
+  CLmError error =
+      initializeSessionPoolInstance(pool, serverName, clientName, localClientName, serviceName);
   if (error.IsError()) {
-    event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
-                platformType, serverName.c_str(), error.AsString().c_str());
+    event.Error(
+        "Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). "
+        "Error:[%s]",
+        platformType, serverName.c_str(), error.AsString().c_str());
     delete pool;
     pool = nullptr;
   }
@@ -180,7 +239,8 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
   // The Controlhost never uses the lite pool.
   if (platformType != 1) getAppMgrLiteHostNameAndClientName(event, hostName, clientName);
   if (platformType == 1 || hostName.empty() || clientName.empty()) {
-    if (settings.Generation() == before) noLiteHostGeneration.store(before, std::memory_order_release);
+    if (settings.Generation() == before)
+      noLiteHostGeneration.store(before, std::memory_order_release);
     return nullptr;
   }
 
@@ -189,10 +249,13 @@ KpNetworkPool* AppMgrSessionPoolSingleton::getAppMgrLiteSessionPoolInstance() {
   getClientName(localClientName, sizeof localClientName);
   localClientName[sizeof localClientName - 1] = '\0';
   event.Debug(1, "serverName [%s], clientName [%s].", hostName.c_str(), clientName.c_str());
-  CLmError error = initializeSessionPoolInstance(pool, hostName, clientName, localClientName, kAppMgrServiceName);
+  CLmError error = initializeSessionPoolInstance(pool, hostName, clientName, localClientName,
+                                                 kAppMgrServiceName);
   if (error.IsError()) {
-    event.Error("Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). Error:[%s]",
-                platformType, hostName.c_str(), error.AsString().c_str());
+    event.Error(
+        "Failed to initialize Session Pool to AppManager(platformType[%d], serverName(%s). "
+        "Error:[%s]",
+        platformType, hostName.c_str(), error.AsString().c_str());
     delete pool;
     pool = nullptr;
   }

@@ -17,20 +17,26 @@ std::atomic<unsigned long> CMessageCacheSingleton::m_nDisableMessageCacheRegistr
 std::atomic<unsigned long> CMessageCacheSingleton::m_nIsLaptop{0};
 std::atomic<CMessageCacheSingleton*> CMessageCacheSingleton::m_pInstance{nullptr};
 std::atomic<KpCriticalSection*> CMessageCacheSingleton::m_gpCriticalSection{nullptr};
-const unsigned long CMessageCacheSingleton::m_nAppMgrMaxMessageNumber = appmgr::wire::kAppMgrMaxMessageNumber;
-const unsigned long CMessageCacheSingleton::m_nSCHMaxMessageNumber = appmgr::wire::kSchedulerMaxMessageNumber;
+const unsigned long CMessageCacheSingleton::m_nAppMgrMaxMessageNumber =
+    appmgr::wire::kAppMgrMaxMessageNumber;
+const unsigned long CMessageCacheSingleton::m_nSCHMaxMessageNumber =
+    appmgr::wire::kSchedulerMaxMessageNumber;
 
 namespace {
 
 // Guards the creation of the instance and of m_gpCriticalSection.
 KpCriticalSection g_creationLock;
 
-long SystemNow() { return static_cast<long>(std::time(nullptr)); }
+long SystemNow() {
+  return static_cast<long>(std::time(nullptr));
+}
 std::atomic<long (*)()> g_clock{SystemNow};
 
 }  // namespace
 
-bool IsCacheAllowedForThisProcess() { return true; }
+bool IsCacheAllowedForThisProcess() {
+  return true;
+}
 
 CMessageData::CMessageData(unsigned long msgId, const void* data, unsigned long length, long time)
     : m_nMsgId(msgId), m_nlength(length), m_tTime(time) {
@@ -63,9 +69,24 @@ bool CCompareMessageData::operator()(const std::shared_ptr<CMessageData>& a,
   return std::memcmp(a->m_pData.get(), b->m_pData.get(), a->m_nlength) < 0;
 }
 
-void CMessageCacheSingleton::SetClockForTesting(long (*now)()) { g_clock = now ? now : SystemNow; }
+void CMessageCacheSingleton::LockForFork() {
+  g_creationLock.Lock();
+  if (KpCriticalSection* cs = m_gpCriticalSection.load(std::memory_order_acquire)) cs->Lock();
+}
 
-long CMessageCacheSingleton::Now() { return g_clock.load()(); }
+void CMessageCacheSingleton::UnlockAfterFork() {
+  // The section cannot have been made in between: the creation lock was held.
+  if (KpCriticalSection* cs = m_gpCriticalSection.load(std::memory_order_acquire)) cs->Unlock();
+  g_creationLock.Unlock();
+}
+
+void CMessageCacheSingleton::SetClockForTesting(long (*now)()) {
+  g_clock = now ? now : SystemNow;
+}
+
+long CMessageCacheSingleton::Now() {
+  return g_clock.load()();
+}
 
 CMessageCacheSingleton* CMessageCacheSingleton::Instance() {
   CMessageCacheSingleton* instance = m_pInstance.load(std::memory_order_acquire);
@@ -81,7 +102,8 @@ CMessageCacheSingleton* CMessageCacheSingleton::Instance() {
       m_gpCriticalSection.store(cs, std::memory_order_release);
     }
   }
-  if (m_gpCriticalSection.load(std::memory_order_acquire) && !m_pInstance.load(std::memory_order_acquire)) {
+  if (m_gpCriticalSection.load(std::memory_order_acquire) &&
+      !m_pInstance.load(std::memory_order_acquire)) {
     auto* created = new (std::nothrow) CMessageCacheSingleton();
     if (created == nullptr) {
       event.Error("Warning allocation of CMessageCacheSingleton failed.");
@@ -103,7 +125,8 @@ CMessageCacheSingleton* CMessageCacheSingleton::Instance() {
   return instance;
 }
 
-void CMessageCacheSingleton::CheckMessageType(unsigned long msgId, bool& isCritical, bool& isNoCache) {
+void CMessageCacheSingleton::CheckMessageType(unsigned long msgId, bool& isCritical,
+                                              bool& isNoCache) {
   static constexpr const char* kLabel = "CMessageCacheSingleton::CheckMessageType";
   unsigned long subsystem = msgId & appmgr::wire::kSubsystemMask;
   unsigned long bound = 0;
@@ -113,7 +136,8 @@ void CMessageCacheSingleton::CheckMessageType(unsigned long msgId, bool& isCriti
     bound = m_nSCHMaxMessageNumber;
   } else if (EvLog::On(4)) {
     EvEventWrapper::DebugLvl(kLabel, 4, "Message ID [%d(%s)] from unknown subsystem [%d].",
-                             static_cast<int>(msgId), KPS_PRIM_STRING(msgId), static_cast<int>(subsystem));
+                             static_cast<int>(msgId), KPS_PRIM_STRING(msgId),
+                             static_cast<int>(subsystem));
   }
   if (msgId <= bound) {
     isCritical = appmgr::wire::IsResetCacheMessage(static_cast<uint32_t>(msgId));
@@ -163,11 +187,12 @@ bool CMessageCacheSingleton::CheckMessage(std::shared_ptr<CMessageData>& request
         struct tm local {};
         localtime_r(&t, &local);
         strftime(when, sizeof when - 1, "%m/%d %X", &local);
-        EvEventWrapper::DebugLvl("CMessageCacheSingleton::CheckMessage", 4,
-                                 "Clearing message (msgId=%d(%s) populated at %s) in cache because of "
-                                 "expiration time is [%d] minutes",
-                                 static_cast<int>(it->first->m_nMsgId), KPS_PRIM_STRING(it->first->m_nMsgId),
-                                 when, static_cast<int>(minutes));
+        EvEventWrapper::DebugLvl(
+            "CMessageCacheSingleton::CheckMessage", 4,
+            "Clearing message (msgId=%d(%s) populated at %s) in cache because of "
+            "expiration time is [%d] minutes",
+            static_cast<int>(it->first->m_nMsgId), KPS_PRIM_STRING(it->first->m_nMsgId), when,
+            static_cast<int>(minutes));
       }
       // The counters are corrected only by ClearMessageCache.
       m_gMessageCacheMap.erase(it);

@@ -46,6 +46,9 @@ class CMessageCacheSingleton {
 
   // The one instance, made on first use (reading "nDisableAppMessageCache" and "nLaptopAgent").
   static CMessageCacheSingleton* Instance();
+  // Around fork(): the cache's locks taken before it, given back after it (parent and child).
+  static void LockForFork();
+  static void UnlockAfterFork();
 
   void CheckMessageType(unsigned long msgId, bool& isCritical, bool& isNoCache);
   // Inserts the pair unless the key is there already; true when inserted.

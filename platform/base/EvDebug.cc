@@ -3,12 +3,14 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <errno.h>  // program_invocation_short_name
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <shared_mutex>
 
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
@@ -24,7 +26,9 @@ namespace {
 constexpr const char* kDefaultDirectory = "/var/log/appmgrnet";
 constexpr const char* kPattern = "%Y-%m-%d %H:%M:%S.%f %P:%t %v";
 
-long CurrentThreadId() { return static_cast<long>(::syscall(SYS_gettid)); }
+long CurrentThreadId() {
+  return static_cast<long>(::syscall(SYS_gettid));
+}
 
 std::string ProgramName() {
   const char* name = program_invocation_short_name;
@@ -39,6 +43,9 @@ struct LogState {
   EvLogConfig config;
   std::string path;
   std::shared_ptr<spdlog::logger> logger;
+  // Held shared while a line is handed to spdlog, whose sinks have locks of their own; fork
+  // takes it exclusively, so no sink lock is held when the process is copied.
+  std::shared_mutex writeGate;
   std::atomic<unsigned long> dropped{0};
   std::atomic<int> captureCount{0};
   std::mutex captureMutex;
@@ -54,9 +61,8 @@ LogState& TheLog() {
 // counted among the dropped lines, never reported on the caller's stdout or stderr, which belong
 // to the program that loaded the library.
 void QuietOnFailure(spdlog::logger& logger) {
-  logger.set_error_handler([](const std::string&) {
-    TheLog().dropped.fetch_add(1, std::memory_order_relaxed);
-  });
+  logger.set_error_handler(
+      [](const std::string&) { TheLog().dropped.fetch_add(1, std::memory_order_relaxed); });
 }
 
 std::shared_ptr<spdlog::logger> OpenLogger(const std::string& directory, const std::string& file,
@@ -105,8 +111,8 @@ void ApplyLocked(LogState& s, const EvLogConfig& config) {
                         s.config.maxFiles, &s.path);
   if (!s.logger) {
     std::string fallback = "/tmp/appmgrnet-" + std::to_string(::getuid());
-    s.logger = OpenLogger(fallback, s.config.fileName, s.config.maxFileBytes, s.config.maxFiles,
-                          &s.path);
+    s.logger =
+        OpenLogger(fallback, s.config.fileName, s.config.maxFileBytes, s.config.maxFiles, &s.path);
     if (!s.logger) s.path.clear();
   }
   s.configured = true;
@@ -184,11 +190,13 @@ EvLogFile::EvLogFile(const std::string& fileName) : impl_(new Impl) {
   EnsureConfigured(s);
   std::lock_guard lock(s.mutex);
   std::string path;
-  impl_->logger = OpenLogger(s.config.directory, fileName, s.config.maxFileBytes,
-                             s.config.maxFiles, &path);
+  impl_->logger =
+      OpenLogger(s.config.directory, fileName, s.config.maxFileBytes, s.config.maxFiles, &path);
 }
 
-EvLogFile::~EvLogFile() { delete impl_; }
+EvLogFile::~EvLogFile() {
+  delete impl_;
+}
 
 void EvLog::Configure(const EvLogConfig& config) {
   LogState& s = TheLog();
@@ -207,6 +215,28 @@ void EvLog::Reopen() {
   // A line being written holds its own reference to the old logger, which closes its file
   // when the last such line is done.
   if (s.configured) ApplyLocked(s, s.config);
+}
+
+void EvLog::LockForFork() {
+  LogState& s = TheLog();
+  s.mutex.lock();
+  s.writeGate.lock();
+  s.captureMutex.lock();
+}
+
+void EvLog::UnlockAfterFork() {
+  LogState& s = TheLog();
+  s.captureMutex.unlock();
+  s.writeGate.unlock();
+  s.mutex.unlock();
+}
+
+void EvLog::ResetAfterForkInChild() {
+  LogState& s = TheLog();
+  // The forking thread held them all: nothing else can be using them in the child.
+  new (&s.captureMutex) std::mutex();
+  new (&s.writeGate) std::shared_mutex();
+  new (&s.mutex) std::mutex();
 }
 
 void EvLog::SetLevel(int level) {
@@ -230,7 +260,9 @@ std::string EvLog::FilePath() {
   return s.path;
 }
 
-unsigned long EvLog::DroppedLines() { return TheLog().dropped.load(); }
+unsigned long EvLog::DroppedLines() {
+  return TheLog().dropped.load();
+}
 
 void EvLog::Write(bool error, int level, const char* label, std::string_view text,
                   EvLogFile* file) {
@@ -264,6 +296,7 @@ void EvLog::Write(bool error, int level, const char* label, std::string_view tex
   AppendEscaped(line, text);
 
   if (logger) {
+    std::shared_lock gate(s.writeGate);
     logger->log(error ? spdlog::level::err : spdlog::level::debug,
                 spdlog::string_view_t(line.data(), line.size()));
   } else {
@@ -385,10 +418,9 @@ size_t EvLogCapture::Count(std::string_view text) const {
 
 size_t EvLogCapture::CountContaining(std::string_view fragment) const {
   std::lock_guard lock(state_->mutex);
-  return static_cast<size_t>(
-      std::count_if(state_->records.begin(), state_->records.end(), [&](const EvLogRecord& r) {
-        return r.text.find(fragment) != std::string::npos;
-      }));
+  return static_cast<size_t>(std::count_if(
+      state_->records.begin(), state_->records.end(),
+      [&](const EvLogRecord& r) { return r.text.find(fragment) != std::string::npos; }));
 }
 
 void EvLogCapture::Clear() {

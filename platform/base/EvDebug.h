@@ -68,6 +68,12 @@ class EvLog {
   // Closes the log file and opens it again under its name, so that a file renamed by log
   // rotation is left alone and a new one started (a server does this on SIGHUP).
   static void Reopen();
+  // Around fork(): every lock of the log taken before it, and given back after it in the
+  // parent and the child, so that a child never starts with a lock another thread held.
+  static void LockForFork();
+  static void UnlockAfterFork();
+  // In the child: the locks made anew (a read-write lock's owner is a thread of the parent).
+  static void ResetAfterForkInChild();
   static void SetLevel(int level);
   static int Level();
   // Path of the file being written; empty when no file could be opened.

@@ -29,6 +29,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <new>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
@@ -52,6 +53,12 @@ class KpSettings {
   // Reads the current file again (the environment variable is consulted again as well when no
   // explicit Load() was made).
   void Reload();
+  // Around fork(): the settings' lock taken before it, given back after it (parent and child).
+  void LockForFork() { mutex_.lock(); }
+  void UnlockAfterFork() { mutex_.unlock(); }
+  // In the child: the lock made anew (a read-write lock's owner is a thread of the parent, so
+  // the child cannot unlock it).
+  void ResetAfterForkInChild() { new (&mutex_) std::shared_mutex(); }
   // Forgets an explicit Load() and reads the file the environment names.
   void ResetToEnvironment();
 

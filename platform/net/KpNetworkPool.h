@@ -74,6 +74,10 @@ class KpNetworkPool {
     unsigned long waits = 0;      // borrowers that had to wait for a free session
   };
   Stats stats() const;
+
+  // Around fork(): the pool's lock taken before it, given back after it (parent and child).
+  void LockForFork() KP_ACQUIRE(mutex_) { mutex_.Lock(); }
+  void UnlockAfterFork() KP_RELEASE(mutex_) { mutex_.Unlock(); }
   const std::string& host() const { return host_; }
 
  private:
