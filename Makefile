@@ -31,6 +31,11 @@ check-release:
 	cmake --build build-check -j $(JOBS)
 	cd build-check && $(CTEST)
 
+# appmgrctl's tests start the program hundreds of times; instrumented, that takes minutes of
+# CI's time while the library they drive is checked here by its own tests. They run in the
+# Release build; `make asan ASAN_EXCLUDE=` runs them here too.
+ASAN_EXCLUDE ?= -E '^(Appmgrctl|DemoScript)'
+
 # use_tls=0: GCC 12's leak checker sometimes takes a bogus address range for the thread-local
 # block of a library opened with dlopen (spdlog's, pulled in with libappmgrnet.so) and aborts at
 # exit; nothing of ours is reachable only through thread-local storage when the check runs. The
@@ -41,7 +46,7 @@ asan:
 	  -DAPPMGR_BUILD_BENCH=OFF >/dev/null
 	cmake --build build-asan -j $(JOBS)
 	cd build-asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 LSAN_OPTIONS=use_tls=0:print_suppressions=0 \
-	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 $(CTEST)
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 $(CTEST) $(ASAN_EXCLUDE)
 
 # Only the tests labelled "concurrency" are built and run here.
 tsan:
